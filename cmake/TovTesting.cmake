@@ -1,0 +1,32 @@
+# GoogleTest suites: one executable per subsystem, every test labelled with its
+# subsystem so `ctest -L text` runs one of them.
+find_package(GTest CONFIG QUIET)
+if(NOT GTest_FOUND)
+  find_package(GTest REQUIRED)
+endif()
+include(GoogleTest)
+
+# tov_add_test_suite(<subsystem> [LIBS ...]): builds tests/<subsystem>/*_test.cpp
+# into tovtests_<subsystem>, linked with the static library (so tests can reach
+# internal functions) and gmock_main.
+function(tov_add_test_suite subsystem)
+  cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*_test.cpp
+                                      ${CMAKE_CURRENT_SOURCE_DIR}/*_support.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  set(target tovtests_${subsystem})
+  add_executable(${target} ${sources})
+  tov_set_warnings(${target})
+  target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  target_compile_definitions(${target} PRIVATE
+    TOV_TEST_SOURCE_DIR="${CMAKE_SOURCE_DIR}/tests"
+    TOV_TEST_BINARY_DIR="${CMAKE_BINARY_DIR}")
+  target_link_libraries(${target} PRIVATE tovfoundation_static GTest::gmock GTest::gmock_main
+                                          ${ARG_LIBS})
+  gtest_discover_tests(${target}
+    DISCOVERY_MODE PRE_TEST
+    DISCOVERY_TIMEOUT 60
+    PROPERTIES LABELS ${subsystem})
+endfunction()

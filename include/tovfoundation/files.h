@@ -1,0 +1,4 @@
+// tovfoundation files subsystem.
+#pragma once
+
+#include "tovfoundation/common.h"

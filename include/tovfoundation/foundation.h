@@ -1,0 +1,4 @@
+// tovfoundation foundation subsystem.
+#pragma once
+
+#include "tovfoundation/common.h"

@@ -1,0 +1,4 @@
+// tovfoundation messaging subsystem.
+#pragma once
+
+#include "tovfoundation/common.h"

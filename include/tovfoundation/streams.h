@@ -1,0 +1,4 @@
+// tovfoundation streams subsystem.
+#pragma once
+
+#include "tovfoundation/common.h"

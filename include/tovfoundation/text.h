@@ -1,0 +1,4 @@
+// tovfoundation text subsystem.
+#pragma once
+
+#include "tovfoundation/common.h"

@@ -1,0 +1,4 @@
+// tovfoundation time subsystem.
+#pragma once
+
+#include "tovfoundation/common.h"

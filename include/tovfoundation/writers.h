@@ -1,0 +1,4 @@
+// tovfoundation writers subsystem.
+#pragma once
+
+#include "tovfoundation/common.h"

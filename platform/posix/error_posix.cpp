@@ -1,0 +1,76 @@
+// POSIX backend of the OS layer: errno ⇒ Windows error codes, and the
+// thread's last-error slot. Only code that works on every POSIX system belongs here.
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <string>
+
+#include "platform/error.h"
+#include "platform/posix/posix_support.h"
+
+namespace tov::platform {
+
+namespace {
+thread_local std::uint32_t tLastError = 0;
+
+bool ParentFolderExists(const std::string& path) {
+  std::string parent = path;
+  while (!parent.empty() && parent.back() == '/') parent.pop_back();
+  const auto slash = parent.find_last_of('/');
+  if (slash == std::string::npos) parent = ".";
+  else if (slash == 0) parent = "/";
+  else parent.resize(slash);
+  struct stat st {};
+  return ::stat(parent.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+}  // namespace
+
+std::uint32_t GetLastError() { return tLastError; }
+void SetLastError(std::uint32_t code) { tLastError = code; }
+
+namespace posix {
+
+std::uint32_t MapErrno(int error, ExistsAs exists, const std::string& nativePath) {
+  switch (error) {
+    case ENOENT:
+      if (nativePath.empty() || ParentFolderExists(nativePath)) return kErrorFileNotFound;
+      return kErrorPathNotFound;
+    case ENOTDIR: return kErrorPathNotFound;
+    case EACCES:
+    case EPERM:
+    case EISDIR:
+    case EROFS: return kErrorAccessDenied;
+    case EEXIST:
+      return exists == ExistsAs::kFileExists ? kErrorFileExists : kErrorAlreadyExists;
+    case ENOTEMPTY: return kErrorDirNotEmpty;
+    case ENOSPC:
+    case EDQUOT: return kErrorDiskFull;
+    case EFBIG: return kErrorFileTooLarge;
+    case ENAMETOOLONG: return kErrorFilenameExcedRange;
+    case EWOULDBLOCK: return kErrorSharingViolation;
+    case EBUSY:
+    case ETXTBSY: return kErrorBusy;
+    case EBADF: return kErrorInvalidHandle;
+    case EINVAL: return kErrorInvalidParameter;
+    case ENOMEM: return kErrorNotEnoughMemory;
+    case EMFILE:
+    case ENFILE: return kErrorTooManyOpenFiles;
+    case EXDEV: return kErrorNotSameDevice;
+    case EPIPE: return kErrorBrokenPipe;
+    case ELOOP: return kErrorCantResolveFilename;
+    case EMLINK: return kErrorTooManyLinks;
+    case ENOSYS:
+    case EOPNOTSUPP: return kErrorNotSupported;
+    case ETIMEDOUT: return kErrorTimeout;
+    case EIO: return kErrorGenFailure;
+    default: return kErrorGenFailure;
+  }
+}
+
+void SetLastErrorFromErrno(int error, ExistsAs exists, const std::string& nativePath) {
+  SetLastError(MapErrno(error, exists, nativePath));
+}
+
+}  // namespace posix
+}  // namespace tov::platform

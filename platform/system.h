@@ -1,0 +1,24 @@
+// OS layer: process, thread, clock and environment queries.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "basalt/strings.h"
+
+namespace tov::platform {
+
+// The calling thread's identifier (POSIX: gettid(); Windows: GetCurrentThreadId()).
+std::uint32_t CurrentThreadId();
+// The process identifier.
+std::uint32_t CurrentProcessId();
+// Milliseconds since an arbitrary start, truncated to 32 bits (POSIX:
+// CLOCK_MONOTONIC; Windows: GetTickCount()).
+std::uint32_t TickCountMs();
+
+// The value of an environment variable, or nothing when it is not set
+// (last error kErrorEnvVarNotFound). Names and values are UTF-16; on POSIX the
+// environment's bytes are read as UTF-8.
+std::optional<UTF16String> GetEnvVar(const UTF16String& name);
+
+}  // namespace tov::platform
