@@ -36,3 +36,24 @@ format:
 
 clean:
 	rm -rf build
+
+# make fuzz TARGET=name SECONDS=n: runs one libFuzzer target on its seed corpus.
+TARGET ?=
+SECONDS ?= 60
+.PHONY: fuzz fuzz-build bench
+fuzz-build:
+	@bash scripts/install-deps --fuzz
+	cmake --preset fuzz
+	cmake --build --preset fuzz -j $(JOBS)
+
+fuzz: fuzz-build
+	@test -n "$(TARGET)" || { echo "usage: make fuzz TARGET=name SECONDS=n"; ls build/fuzz/bin; exit 2; }
+	mkdir -p build/fuzz/corpus/$(TARGET)
+	build/fuzz/bin/fuzz_$(TARGET) -max_total_time=$(SECONDS) -print_final_stats=1 \
+	  build/fuzz/corpus/$(TARGET) fuzz/corpus/$(TARGET)
+
+bench:
+	@bash scripts/install-deps --bench
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS)
+	python3 scripts/bench-report build/release
