@@ -197,7 +197,7 @@ void Terminate() {
 
 namespace tov::messaging {
 
-StationEntryState InspectStation(const UTF8String& name) {
+StationEntryState LookUpStationEntry(const UTF8String& name) {
   TOV::Registry& registry = TOV::TheRegistry();
   TOV::RegistryLock guard(registry);
   StationEntryState state;

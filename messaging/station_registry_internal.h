@@ -18,7 +18,7 @@ struct StationEntryState {
 };
 
 // The entry for `name`, read under the registry lock.
-StationEntryState InspectStation(const UTF8String& name);
+StationEntryState LookUpStationEntry(const UTF8String& name);
 
 // The registry lock's depth count as the calling code sees it: 0 outside any
 // registry operation, 1 inside a factory or a station destructor run by one

@@ -12,7 +12,7 @@
 
 namespace {
 
-using tov::messaging::InspectStation;
+using tov::messaging::LookUpStationEntry;
 using tov::messaging::RegistryLockDepth;
 using tovtest::Log;
 using tovtest::RecordingListener;
@@ -118,10 +118,10 @@ TEST_F(StationRegistryTest, StoppedStationDoesNotRelay) {
 // station if nobody has looked it up yet.
 TEST_F(StationRegistryTest, StationDestructorLooksUpItsOwnName) {
   Registry::RegisterStation("lookup", &TrackedFactory);
-  EXPECT_FALSE(InspectStation("lookup").hasInstance);
+  EXPECT_FALSE(LookUpStationEntry("lookup").hasInstance);
   { TOV::Station standalone("lookup"); }
   EXPECT_EQ(gFactoryCalls, 1);
-  EXPECT_TRUE(InspectStation("lookup").hasInstance);
+  EXPECT_TRUE(LookUpStationEntry("lookup").hasInstance);
 }
 
 // --- UniqueStationID ------------------------------------------------------------
@@ -145,7 +145,7 @@ TEST_F(StationRegistryTest, UniqueStationIDCountsUpByOne) {
   const unsigned long a = std::stoul(first.substr(9));
   const unsigned long b = std::stoul(second.substr(9));
   EXPECT_EQ(b, a + 1);
-  EXPECT_FALSE(InspectStation(first).registered);  // only a name, nothing registered
+  EXPECT_FALSE(LookUpStationEntry(first).registered);  // only a name, nothing registered
 }
 
 TEST_F(StationRegistryTest, UniqueStationIDIsNotResetByTerminate) {
@@ -157,7 +157,7 @@ TEST_F(StationRegistryTest, UniqueStationIDIsNotResetByTerminate) {
 TEST_F(StationRegistryTest, RegisterUniqueStationRegistersWithDefaultFactory) {
   const UTF8String name = Registry::RegisterUniqueStation();
   ASSERT_EQ(name.rfind("Station #", 0), 0u);
-  const auto state = InspectStation(name);
+  const auto state = LookUpStationEntry(name);
   EXPECT_TRUE(state.registered);
   EXPECT_FALSE(state.hasInstance);
   TOV::Station* station = Registry::FindStation(name);
@@ -171,7 +171,7 @@ TEST_F(StationRegistryTest, RegisterUniqueStationRegistersWithDefaultFactory) {
 TEST_F(StationRegistryTest, RegisteringCreatesNothingUntilFound) {
   Registry::RegisterStation("lazy", &TrackedFactory);
   EXPECT_EQ(gFactoryCalls, 0);
-  const auto state = InspectStation("lazy");
+  const auto state = LookUpStationEntry("lazy");
   EXPECT_TRUE(state.registered);
   EXPECT_FALSE(state.hasInstance);
   EXPECT_EQ(state.retainCount, 0);
@@ -213,7 +213,7 @@ TEST_F(StationRegistryTest, FactoryGetsTheRegisteredName) {
 TEST_F(StationRegistryTest, FindUnknownNameIsNull) {
   EXPECT_EQ(Registry::FindStation("nobody"), nullptr);
   EXPECT_EQ(Registry::FindStation(""), nullptr);
-  EXPECT_FALSE(InspectStation("nobody").registered);
+  EXPECT_FALSE(LookUpStationEntry("nobody").registered);
 }
 
 TEST_F(StationRegistryTest, FactoryReturningNullIsAskedAgainNextTime) {
@@ -221,14 +221,14 @@ TEST_F(StationRegistryTest, FactoryReturningNullIsAskedAgainNextTime) {
   EXPECT_EQ(Registry::FindStation("empty"), nullptr);
   EXPECT_EQ(Registry::FindStation("empty"), nullptr);
   EXPECT_EQ(gFactoryCalls, 2);
-  EXPECT_TRUE(InspectStation("empty").registered);
+  EXPECT_TRUE(LookUpStationEntry("empty").registered);
 }
 
 TEST_F(StationRegistryTest, ThrowingFactoryLeavesTheLockReleased) {
   Registry::RegisterStation("broken", &ThrowingFactory);
   EXPECT_THROW(Registry::FindStation("broken"), std::runtime_error);
   EXPECT_EQ(RegistryLockDepth(), 0);
-  EXPECT_FALSE(InspectStation("broken").hasInstance);
+  EXPECT_FALSE(LookUpStationEntry("broken").hasInstance);
   // Another thread can take the lock: it was really released.
   TOV::Station* found = nullptr;
   std::thread other([&] {
@@ -251,7 +251,7 @@ TEST_F(StationRegistryTest, RegisteringSameNameTwiceKeepsFirst) {
 TEST_F(StationRegistryTest, RegisterInstanceHandsOwnershipToRegistry) {
   auto* station = new TrackedStation("given");
   Registry::RegisterStation(station);
-  EXPECT_TRUE(InspectStation("given").hasInstance);
+  EXPECT_TRUE(LookUpStationEntry("given").hasInstance);
   EXPECT_EQ(Registry::FindStation("given"), station);
   Registry::DisposeStation("given");
   EXPECT_EQ(mDestroyed, (Log{"given"}));
@@ -260,7 +260,7 @@ TEST_F(StationRegistryTest, RegisterInstanceHandsOwnershipToRegistry) {
 
 TEST_F(StationRegistryTest, RegisterNullInstanceIsIgnored) {
   Registry::RegisterStation(static_cast<TOV::Station*>(nullptr));
-  EXPECT_FALSE(InspectStation("").registered);
+  EXPECT_FALSE(LookUpStationEntry("").registered);
 }
 
 TEST_F(StationRegistryTest, DuplicateInstanceIsNeitherRegisteredNorDeleted) {
@@ -268,7 +268,7 @@ TEST_F(StationRegistryTest, DuplicateInstanceIsNeitherRegisteredNorDeleted) {
   auto* late = new TrackedStation("taken");
   Registry::RegisterStation(late);
   EXPECT_TRUE(mDestroyed.empty());                    // not deleted
-  EXPECT_FALSE(InspectStation("taken").hasInstance);  // not registered either
+  EXPECT_FALSE(LookUpStationEntry("taken").hasInstance);  // not registered either
   TOV::Station* registered = Registry::FindStation("taken");
   EXPECT_NE(registered, late);
   delete late;  // the caller still owns it
@@ -278,7 +278,7 @@ TEST_F(StationRegistryTest, DuplicateInstanceIsNeitherRegisteredNorDeleted) {
 TEST_F(StationRegistryTest, InstanceEntryAfterDisposalIsGone) {
   Registry::RegisterStation(new TOV::Station("given"));
   Registry::DisposeStation("given");
-  EXPECT_FALSE(InspectStation("given").registered);
+  EXPECT_FALSE(LookUpStationEntry("given").registered);
 }
 
 // --- Retain, release, dispose ---------------------------------------------------
@@ -287,7 +287,7 @@ TEST_F(StationRegistryTest, RetainCountsEvenWithoutInstance) {
   Registry::RegisterStation("counted", &TrackedFactory);
   Registry::RetainStation("counted");
   Registry::RetainStation("counted");
-  EXPECT_EQ(InspectStation("counted").retainCount, 2);
+  EXPECT_EQ(LookUpStationEntry("counted").retainCount, 2);
   EXPECT_EQ(gFactoryCalls, 0);
 }
 
@@ -298,7 +298,7 @@ TEST_F(StationRegistryTest, RetainTwiceDisposeReleaseTwiceDeletesOnLastRelease) 
   Registry::RetainStation("shared");
   Registry::RetainStation("shared");
   Registry::DisposeStation("shared");
-  auto state = InspectStation("shared");
+  auto state = LookUpStationEntry("shared");
   EXPECT_TRUE(state.disposePending);
   EXPECT_EQ(state.retainCount, 2);
   EXPECT_TRUE(mDestroyed.empty());
@@ -306,11 +306,11 @@ TEST_F(StationRegistryTest, RetainTwiceDisposeReleaseTwiceDeletesOnLastRelease) 
   Registry::ReleaseStation("shared");
   EXPECT_TRUE(mDestroyed.empty());  // still alive
   EXPECT_EQ(Registry::FindStation("shared"), station);
-  EXPECT_EQ(InspectStation("shared").retainCount, 1);
+  EXPECT_EQ(LookUpStationEntry("shared").retainCount, 1);
 
   Registry::ReleaseStation("shared");
   EXPECT_EQ(mDestroyed, (Log{"shared"}));
-  EXPECT_FALSE(InspectStation("shared").registered);
+  EXPECT_FALSE(LookUpStationEntry("shared").registered);
   EXPECT_EQ(Registry::FindStation("shared"), nullptr);
 }
 
@@ -319,14 +319,14 @@ TEST_F(StationRegistryTest, DisposeWithZeroCountDeletesAtOnce) {
   ASSERT_NE(Registry::FindStation("brief"), nullptr);
   Registry::DisposeStation("brief");
   EXPECT_EQ(mDestroyed, (Log{"brief"}));
-  EXPECT_FALSE(InspectStation("brief").registered);
+  EXPECT_FALSE(LookUpStationEntry("brief").registered);
 }
 
 TEST_F(StationRegistryTest, DisposeWithNegativeCountDeletesAtOnce) {
   Registry::RegisterStation("overreleased", &TrackedFactory);
   ASSERT_NE(Registry::FindStation("overreleased"), nullptr);
   Registry::ReleaseStation("overreleased");
-  EXPECT_EQ(InspectStation("overreleased").retainCount, -1);
+  EXPECT_EQ(LookUpStationEntry("overreleased").retainCount, -1);
   Registry::DisposeStation("overreleased");
   EXPECT_EQ(mDestroyed, (Log{"overreleased"}));
 }
@@ -334,7 +334,7 @@ TEST_F(StationRegistryTest, DisposeWithNegativeCountDeletesAtOnce) {
 TEST_F(StationRegistryTest, DisposeOfNeverLookedUpNameDoesNothing) {
   Registry::RegisterStation("dormant", &TrackedFactory);
   Registry::DisposeStation("dormant");
-  const auto state = InspectStation("dormant");
+  const auto state = LookUpStationEntry("dormant");
   EXPECT_TRUE(state.registered);
   EXPECT_FALSE(state.hasInstance);
   EXPECT_FALSE(state.disposePending);
@@ -355,15 +355,15 @@ TEST_F(StationRegistryTest, ReleaseWithoutInstanceChangesNothing) {
   Registry::RetainStation("dormant");
   Registry::ReleaseStation("dormant");
   Registry::ReleaseStation("dormant");
-  EXPECT_EQ(InspectStation("dormant").retainCount, 1);
+  EXPECT_EQ(LookUpStationEntry("dormant").retainCount, 1);
 }
 
 TEST_F(StationRegistryTest, ReleaseMayGoNegative) {
   Registry::RegisterStation("negative", nullptr);
   ASSERT_NE(Registry::FindStation("negative"), nullptr);
   for (int i = 0; i < 3; ++i) Registry::ReleaseStation("negative");
-  EXPECT_EQ(InspectStation("negative").retainCount, -3);
-  EXPECT_TRUE(InspectStation("negative").hasInstance);
+  EXPECT_EQ(LookUpStationEntry("negative").retainCount, -3);
+  EXPECT_TRUE(LookUpStationEntry("negative").hasInstance);
 }
 
 TEST_F(StationRegistryTest, ReleaseToZeroWithoutPendingDisposeKeepsStation) {
@@ -372,7 +372,7 @@ TEST_F(StationRegistryTest, ReleaseToZeroWithoutPendingDisposeKeepsStation) {
   Registry::RetainStation("kept");
   Registry::ReleaseStation("kept");
   EXPECT_TRUE(mDestroyed.empty());
-  EXPECT_EQ(InspectStation("kept").retainCount, 0);
+  EXPECT_EQ(LookUpStationEntry("kept").retainCount, 0);
   Registry::DisposeStation("kept");
   EXPECT_EQ(mDestroyed, (Log{"kept"}));
 }
@@ -401,7 +401,7 @@ TEST_F(StationRegistryTest, UnknownNamesAreSilentNoOps) {
   Registry::RetainStation("ghost");
   Registry::ReleaseStation("ghost");
   Registry::DisposeStation("ghost");
-  EXPECT_FALSE(InspectStation("ghost").registered);
+  EXPECT_FALSE(LookUpStationEntry("ghost").registered);
   EXPECT_EQ(Registry::FindStation("ghost"), nullptr);
 }
 
@@ -428,7 +428,7 @@ TEST_F(StationRegistryTest, TerminateForgetsEveryName) {
   Registry::Terminate();
   EXPECT_EQ(Registry::FindStation("one"), nullptr);
   EXPECT_EQ(Registry::FindStation("two"), nullptr);
-  EXPECT_FALSE(InspectStation("two").registered);
+  EXPECT_FALSE(LookUpStationEntry("two").registered);
 }
 
 TEST_F(StationRegistryTest, TerminateDeletesInByteWiseNameOrderOutsideTheLock) {
@@ -485,12 +485,12 @@ TEST_F(StationRegistryTest, FactoriesAndDestructorsMayReenterTheRegistry) {
   ReentrantStation::mSuccessor = nullptr;
   Registry::RegisterStation("reentrant", &ReentrantFactory);
   ASSERT_NE(Registry::FindStation("reentrant"), nullptr);
-  EXPECT_TRUE(InspectStation("helper").hasInstance);
+  EXPECT_TRUE(LookUpStationEntry("helper").hasInstance);
   Registry::DisposeStation("reentrant");
   EXPECT_EQ(gDepthInDestructor, 1);
   EXPECT_NE(ReentrantStation::mSuccessor, nullptr);
   EXPECT_EQ(Registry::FindStation("successor"), ReentrantStation::mSuccessor);
-  EXPECT_FALSE(InspectStation("reentrant").registered);
+  EXPECT_FALSE(LookUpStationEntry("reentrant").registered);
 }
 
 }  // namespace

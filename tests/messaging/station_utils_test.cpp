@@ -6,7 +6,7 @@
 
 namespace {
 
-using tov::messaging::InspectStation;
+using tov::messaging::LookUpStationEntry;
 using tovtest::Log;
 using tovtest::RecordingListener;
 
@@ -35,8 +35,8 @@ TEST_F(StationUtilsTest, EveryFunctionOnUnknownNameDoesNothing) {
   Utils::SwitchStation("ghost", "phantom", &listener);
   Utils::PostMessageToUIThread("ghost", message);
   EXPECT_TRUE(log.empty());
-  EXPECT_FALSE(InspectStation("ghost").registered);
-  EXPECT_FALSE(InspectStation("phantom").registered);
+  EXPECT_FALSE(LookUpStationEntry("ghost").registered);
+  EXPECT_FALSE(LookUpStationEntry("phantom").registered);
   EXPECT_EQ(Registry::FindStation("ghost"), nullptr);
 }
 
@@ -76,7 +76,7 @@ TEST_F(StationUtilsTest, RemoveNullListenerDoesNothing) {
   Registry::RegisterStation("news", nullptr);
   Utils::RemoveListener("news", nullptr);
   // A null listener is rejected before the lookup: the station is not created.
-  EXPECT_FALSE(InspectStation("news").hasInstance);
+  EXPECT_FALSE(LookUpStationEntry("news").hasInstance);
 }
 
 TEST_F(StationUtilsTest, StopAndStartBroadcastingByName) {
@@ -98,13 +98,13 @@ TEST_F(StationUtilsTest, RetainAndReleaseByName) {
   ASSERT_NE(Registry::FindStation("news"), nullptr);
   Utils::RetainStation("news");
   Utils::RetainStation("news");
-  EXPECT_EQ(InspectStation("news").retainCount, 2);
+  EXPECT_EQ(LookUpStationEntry("news").retainCount, 2);
   Utils::ReleaseStation("news");
-  EXPECT_EQ(InspectStation("news").retainCount, 1);
+  EXPECT_EQ(LookUpStationEntry("news").retainCount, 1);
   Registry::DisposeStation("news");
-  EXPECT_TRUE(InspectStation("news").registered);
+  EXPECT_TRUE(LookUpStationEntry("news").registered);
   Utils::ReleaseStation("news");
-  EXPECT_FALSE(InspectStation("news").registered);
+  EXPECT_FALSE(LookUpStationEntry("news").registered);
 }
 
 TEST_F(StationUtilsTest, SwitchStationMovesListener) {
@@ -137,7 +137,7 @@ TEST_F(StationUtilsTest, SwitchStationWithEmptyNameOrNullListenerChangesNothing)
   Utils::SwitchStation("from", "to", nullptr);
   EXPECT_TRUE(from->HasListener(&listener));
   EXPECT_TRUE(listener.HasBroadcaster(from));
-  EXPECT_FALSE(InspectStation("to").hasInstance);  // never even looked up
+  EXPECT_FALSE(LookUpStationEntry("to").hasInstance);  // never even looked up
 }
 
 TEST_F(StationUtilsTest, SwitchStationFromUnknownStillAttachesToTarget) {
@@ -153,7 +153,7 @@ TEST_F(StationUtilsTest, SwitchStationToUnknownOnlyDetaches) {
   Utils::AddListener("from", &listener);
   Utils::SwitchStation("from", "ghost", &listener);
   EXPECT_FALSE(Registry::FindStation("from")->HasListener(&listener));
-  EXPECT_FALSE(InspectStation("ghost").registered);
+  EXPECT_FALSE(LookUpStationEntry("ghost").registered);
 }
 
 TEST_F(StationUtilsTest, SwitchingToSameStationMovesListenerToFront) {
@@ -180,23 +180,23 @@ TEST_F(StationUtilsTest, PostMessageToUIThreadDeliversNothingAndRetains) {
   const TOV::Station* ui = Registry::FindStation("ui");
   Utils::PostMessageToUIThread("ui", TOV::Message(5));
   EXPECT_TRUE(log.empty());
-  EXPECT_EQ(InspectStation("ui").retainCount, 1);
+  EXPECT_EQ(LookUpStationEntry("ui").retainCount, 1);
   Utils::PostMessageToUIThread("ui", TOV::Message(6));
-  EXPECT_EQ(InspectStation("ui").retainCount, 2);
+  EXPECT_EQ(LookUpStationEntry("ui").retainCount, 2);
   EXPECT_TRUE(log.empty());
   // The retains keep a dispose pending until balanced.
   Registry::DisposeStation("ui");
-  EXPECT_TRUE(InspectStation("ui").disposePending);
+  EXPECT_TRUE(LookUpStationEntry("ui").disposePending);
   Utils::ReleaseStation("ui");
   Utils::ReleaseStation("ui");
-  EXPECT_FALSE(InspectStation("ui").registered);
+  EXPECT_FALSE(LookUpStationEntry("ui").registered);
   EXPECT_FALSE(listener.HasBroadcaster(ui));  // the deleted station detached itself
 }
 
 TEST_F(StationUtilsTest, PostMessageToUIThreadRetainsEvenBeforeCreation) {
   Registry::RegisterStation("ui", nullptr);
   Utils::PostMessageToUIThread("ui", TOV::Message(5));
-  const auto state = InspectStation("ui");
+  const auto state = LookUpStationEntry("ui");
   EXPECT_EQ(state.retainCount, 1);
   EXPECT_FALSE(state.hasInstance);
 }
