@@ -236,6 +236,12 @@ class TOV_API Listener {
 // station that the registry does not own (for example one on the stack) whose
 // name is registered with a factory but not yet created makes the registry
 // create its instance. Safe inside registry operations: the lock is re-entrant.
+// An exception thrown by a factory during that lookup is dropped (it cannot
+// leave a destructor).
+//
+// Caller contract: stations must not be linked into a cycle (a station
+// attached, directly or through other stations, to itself); a broadcast would
+// then relay forever.
 class TOV_API Station : public Broadcaster, public Listener {
  public:
   // Both flags set; the name is copied and fixed for the station's life.
