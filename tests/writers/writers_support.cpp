@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -106,5 +107,17 @@ int RunPython(const std::string& script, const std::vector<std::string>& args,
 }
 
 std::string TovtoolPath() { return TOV_TEST_BINARY_DIR "/bin/tovtool"; }
+
+}  // namespace writers_test
+
+namespace writers_test {
+
+std::uint32_t MemoryPort::Write(std::uint32_t pos, std::int32_t count, const void* buffer) {
+  if (count <= 0 || pos >= dropFrom) return 0;
+  const std::size_t end = static_cast<std::size_t>(pos) + static_cast<std::size_t>(count);
+  if (bytes.size() < end) bytes.resize(end);
+  std::memcpy(bytes.data() + pos, buffer, static_cast<std::size_t>(count));
+  return 0;
+}
 
 }  // namespace writers_test

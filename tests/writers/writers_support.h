@@ -53,3 +53,44 @@ std::string TovtoolPath();
 int RunCommand(const std::string& command, std::string& output);
 
 }  // namespace writers_test
+
+#include "tovfoundation/streams.h"
+
+namespace writers_test {
+
+// A 32-bit port over a growing byte vector that can fail its Flush() and
+// reports its own destruction, so tests can see when a stream that owns it
+// was destroyed.
+class MemoryPort : public Halyard::CPort {
+ public:
+  explicit MemoryPort(bool* destroyed = nullptr)
+      : CPort(Halyard::kAccessReadWrite, 0), mDestroyed(destroyed) {}
+  ~MemoryPort() override {
+    if (mDestroyed != nullptr) *mDestroyed = true;
+  }
+
+  std::uint32_t Size(std::uint32_t newSize) override {
+    bytes.resize(newSize);
+    return 0;
+  }
+  std::uint32_t Size() const override { return static_cast<std::uint32_t>(bytes.size()); }
+  std::uint32_t Close() override { return 0; }
+  std::uint32_t Read(std::uint32_t, std::int32_t, void*) const override { return 0; }
+  std::uint32_t Write(std::uint32_t pos, std::int32_t count, const void* buffer) override;
+  std::uint32_t Flush() override {
+    ++flushes;
+    return flushStatus;
+  }
+
+  Bytes bytes;
+  std::uint32_t flushStatus = 0;  // what Flush() answers
+  int flushes = 0;
+  // Writes at or beyond this position only count (their bytes are dropped),
+  // so tests can push gigabytes through a stream.
+  std::uint64_t dropFrom = ~0ull;
+
+ private:
+  bool* mDestroyed;
+};
+
+}  // namespace writers_test
