@@ -1,9 +1,11 @@
 // Writer format names of encoder preset files.
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
 
 #include "platform/cfile.h"
+#include "platform/fs.h"
 #include "tovfoundation/writers.h"
 
 namespace Halyard {
@@ -141,6 +143,61 @@ std::uint32_t VIsPresetFileForThisWriter(const char* path, const unsigned short*
   if (file == nullptr) return TOV::kErrOpenFailed;
   const std::uint32_t status = IsPresetStreamForWriter(file, writerName, isForWriter);
   std::fclose(file);
+  return status;
+}
+
+std::uint32_t VIsPresetForThisWriter(const unsigned short* preset, std::uint32_t units,
+                                     const unsigned short* writerName, unsigned char* isForWriter) {
+  namespace platform = tov::platform;
+  if (writerName == nullptr || isForWriter == nullptr || (preset == nullptr && units != 0)) {
+    return TOV::kErrInvalidPointer;
+  }
+
+  // The system's temporary folder, made when it is missing.
+  const UTF16String folder = platform::GetTempPath();
+  if (folder.empty()) return TOV::kErrCreateFailed;
+  if (platform::GetFileAttributes(folder) == platform::kInvalidFileAttributes &&
+      platform::CreateDirectoryWithParents(folder) != 0) {
+    return TOV::kErrCreateFailed;
+  }
+
+  // A new empty file "vpr….tmp"; when the name cannot be made, the folder is
+  // made once more (it may have vanished meanwhile) and the name tried again.
+  const UTF16String prefix = Text(u"vpr");
+  UTF16String path;
+  if (platform::GetTempFileName(folder, prefix, &path) == 0) {
+    if (platform::CreateDirectoryWithParents(folder) != 0 ||
+        platform::GetTempFileName(folder, prefix, &path) == 0) {
+      return TOV::kErrCreateFailed;
+    }
+  }
+
+  // The preset's units, little-endian.
+  std::FILE* file = platform::OpenCFile(path.c_str(), "wb");
+  if (file == nullptr) return TOV::kErrCreateFailed;
+  std::size_t written = 0;
+  std::array<unsigned char, 4096> bytes{};
+  for (std::uint32_t done = 0; done < units;) {
+    const std::uint32_t count = std::min<std::uint32_t>(units - done, bytes.size() / 2);
+    for (std::uint32_t i = 0; i < count; ++i) {
+      bytes[2 * i] = static_cast<unsigned char>(preset[done + i] & 0xFF);
+      bytes[2 * i + 1] = static_cast<unsigned char>(preset[done + i] >> 8);
+    }
+    const std::size_t put = std::fwrite(bytes.data(), 2, count, file);
+    written += put;
+    done += count;
+    if (put != count) break;
+  }
+  const bool flushed = std::fflush(file) == 0;
+  std::fclose(file);
+  if (written < units || !flushed) return TOV::kErrCreateFailed;  // the file is left behind
+
+  std::uint32_t status = TOV::kErrOpenFailed;
+  if (std::FILE* in = platform::OpenCFile(path.c_str(), "rb")) {
+    status = IsPresetStreamForWriter(in, writerName, isForWriter);
+    std::fclose(in);
+  }
+  platform::RemoveCFile(path.c_str());
   return status;
 }
 

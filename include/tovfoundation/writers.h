@@ -141,13 +141,16 @@ TOV_API std::uint32_t VIsPresetFileForThisWriter(const char* path, const unsigne
                                                  unsigned char* isForWriter);
 
 // The same for a preset held in memory as `units` UTF-16 units. The preset is
-// written to a new file "vpr….tmp" in the system's temporary folder (the folder
-// is created when missing), examined with VIsPresetFileForThisWriter, and the
-// file is removed.
-// Statuses: those of VIsPresetFileForThisWriter, or kErrCreateFailed when the
-// temporary folder or file cannot be made or fully written (a short-written
-// file is left behind). A null `preset` with `units` 0 writes an empty file and
-// answers kErrNotFound.
+// written (little-endian) to a new file "vpr….tmp" in the system's temporary
+// folder (the folder, and any missing parent, is made when it does not exist),
+// examined as VIsPresetFileForThisWriter does, and the file is removed. The
+// folder and name come from the OS layer in UTF-16 form, so a temporary folder
+// with non-ASCII characters works too.
+// Statuses: those of VIsPresetFileForThisWriter; kErrInvalidPointer for a null
+// `writerName` or `isForWriter`, or a null `preset` with `units` not 0;
+// kErrCreateFailed when the temporary folder or file cannot be made or fully
+// written (a short-written file is left behind). A null `preset` with `units`
+// 0 writes an empty file and answers kErrNotFound.
 // Caller contract: `preset` holds at least `units` units.
 TOV_API std::uint32_t VIsPresetForThisWriter(const unsigned short* preset, std::uint32_t units,
                                              const unsigned short* writerName,
