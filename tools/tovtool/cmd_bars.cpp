@@ -80,7 +80,8 @@ int RunBars(const Args& arguments) {
 TOVTOOL_COMMAND({"bars", "write colour bars as a top-down BMP file",
                  "tovtool bars OUT.bmp [--width N] [--height N] [--colour-space CODE]\n"
                  "  Defaults: 640 x 480, colour space 0x80 (32 bits per pixel).\n"
-                 "  Rows are stored without padding to 4 bytes.",
+                 "  Eight 75% bars, reversed in the bottom quarter. Rows are stored without\n"
+                 "  padding to 4 bytes.",
                  RunBars});
 
 }  // namespace
@@ -92,7 +93,11 @@ std::vector<unsigned char> MakeBars(const BarsSettings& settings) {
   unsigned char* out = pixels.data();
   for (std::int32_t y = 0; y < settings.height; ++y) {
     for (std::int32_t x = 0; x < settings.width; ++x) {
-      const unsigned char* bar = kBars[static_cast<std::size_t>(x) * 8 / settings.width];
+      // The bottom quarter shows the bars in reverse order, so that which
+      // way up the picture lies can be seen.
+      std::size_t index = static_cast<std::size_t>(x) * 8 / settings.width;
+      if (y >= settings.height - settings.height / 4) index = 7 - index;
+      const unsigned char* bar = kBars[index];
       if (bytesPerPixel == 1) {
         *out++ = static_cast<unsigned char>((bar[0] + bar[1] + bar[2]) / 3);
         continue;
