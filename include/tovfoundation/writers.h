@@ -4,10 +4,12 @@
 //
 // Writing a WAVE file:
 //
+//   using namespace basalt::literals;
 //   auto port = Halyard::CPort::FilePort(u"C:\\Media\\tone.wav"_u16.c_str(),
 //                                        Halyard::kAccessWrite);
-//   auto* stream = new Halyard::CWriteStream(port.release(), Halyard::kHaldLittleEndian,
-//                                            4096, 0, 0);  // owns the port
+//   if (!port) return TOV::kErrOpenFailed;
+//   auto* stream = new Halyard::CWriteStream(port.Release(), Halyard::kHaldLittleEndian,
+//                                            4096, 0, 0);  // the stream owns the port
 //   Halyard::AudioInfo info{0x3, Halyard::kVAudioSampleSize16, 48000};
 //   TOV::PCMFileWriter writer;
 //   writer.BeginWriting(stream, info);        // 44-byte placeholder header
