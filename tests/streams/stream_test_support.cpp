@@ -93,25 +93,25 @@ std::uint32_t ScriptedPort::Size() const {
                                      : static_cast<std::uint32_t>(script.data.size());
 }
 std::uint32_t ScriptedPort::Close() {
-  script.calls.push_back({'c', 0, 0});
+  script.Record({'c', 0, 0});
   return 0;
 }
 std::uint32_t ScriptedPort::Read(std::uint32_t pos, std::int32_t count, void* buffer) const {
-  script.calls.push_back({'r', pos, count});
+  script.Record({'r', pos, count});
   return script.DoRead(pos, count, buffer);
 }
 std::uint32_t ScriptedPort::Write(std::uint32_t pos, std::int32_t count, const void* buffer) {
-  script.calls.push_back({'w', pos, count});
+  script.Record({'w', pos, count});
   return script.DoWrite(pos, count, buffer);
 }
 std::uint32_t ScriptedPort::Flush() {
-  script.calls.push_back({'f', 0, 0});
+  script.Record({'f', 0, 0});
   return script.flushStatus;
 }
 bool ScriptedPort::IsSequential() const { return script.sequential; }
 void ScriptedPort::ReadSequential(std::uint32_t pos, std::int32_t count, std::int32_t& bytesRead,
                                   void* buffer) const {
-  script.calls.push_back({'s', pos, count});
+  script.Record({'s', pos, count});
   script.DoRead(pos, count, buffer);
   bytesRead = script.sequentialGot >= 0 ? std::min(script.sequentialGot, count) : count;
 }
@@ -128,19 +128,19 @@ std::uint32_t ScriptedPortEx::Size(std::uint64_t newSize) {
 }
 std::uint64_t ScriptedPortEx::Size() const { return script.data.size(); }
 std::uint32_t ScriptedPortEx::Close() {
-  script.calls.push_back({'c', 0, 0});
+  script.Record({'c', 0, 0});
   return 0;
 }
 std::uint32_t ScriptedPortEx::Read(std::uint64_t pos, std::int32_t count, void* buffer) const {
-  script.calls.push_back({'r', pos, count});
+  script.Record({'r', pos, count});
   return script.DoRead(pos, count, buffer);
 }
 std::uint32_t ScriptedPortEx::Write(std::uint64_t pos, std::int32_t count, const void* buffer) {
-  script.calls.push_back({'w', pos, count});
+  script.Record({'w', pos, count});
   return script.DoWrite(pos, count, buffer);
 }
 std::uint32_t ScriptedPortEx::Flush() {
-  script.calls.push_back({'f', 0, 0});
+  script.Record({'f', 0, 0});
   return script.flushStatus;
 }
 

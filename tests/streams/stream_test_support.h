@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,9 @@ struct PortCall {
   std::uint64_t pos;
   std::int32_t count;
   bool operator==(const PortCall&) const = default;
+  friend std::ostream& operator<<(std::ostream& out, const PortCall& call) {
+    return out << call.op << "(" << call.pos << ", " << call.count << ")";
+  }
 };
 
 // Port behaviour shared by the 32- and 64-bit scripted ports.
@@ -55,7 +59,13 @@ struct PortScript {
   bool sequential = false;
   int sequentialGot = -1;  // bytesRead reported by ReadSequential (-1: count)
   int reads = 0;
-  bool* destroyed = nullptr;  // set to true by the destructor
+  bool* destroyed = nullptr;             // set to true by the destructor
+  std::vector<PortCall>* log = nullptr;  // receives the calls too (may outlive the port)
+
+  void Record(const PortCall& call) {
+    calls.push_back(call);
+    if (log != nullptr) log->push_back(call);
+  }
 
   std::uint32_t DoRead(std::uint64_t pos, std::int32_t count, void* buffer);
   std::uint32_t DoWrite(std::uint64_t pos, std::int32_t count, const void* buffer);
