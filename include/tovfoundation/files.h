@@ -431,8 +431,8 @@ class TOV_API CFileSpec {
   // Creates the folder that CONTAINS the file (root + folder path, composed
   // with MakePath) with Folder::CreateOnDisk. A root without a drive letter
   // ("\" on POSIX, "\\srv\share") is left out of the composition: as a
-  // drive it would give the meaningless "\:". Answers 0, kErrGeneric when CreateOnDisk says false (it
-  // already exists, for one), kErrCreateFailed on a path exception.
+  // drive it would give the meaningless "\:". Answers 0, kErrGeneric when CreateOnDisk says false
+  // (it already exists, for one), kErrCreateFailed on a path exception.
   std::uint32_t CreateNewFolder();
   // 0, or kErrGeneric.
   std::uint32_t DeleteTheFile();

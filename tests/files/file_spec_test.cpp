@@ -14,9 +14,9 @@
 #include "tovfoundation/streams.h"
 
 using namespace basalt::literals;
-using Halyard::FileUtils::CFileSpec;
 using files_test::TempFolder;
 using files_test::U8;
+using Halyard::FileUtils::CFileSpec;
 
 TEST(FileSpec, PiecesOfAFilePath) {
   const CFileSpec spec(u"C:\\Media\\clip.wav"_u16);

@@ -14,10 +14,10 @@
 #include "tovfoundation/files.h"
 
 using namespace basalt::literals;
-using Halyard::FileUtils::Folder;
 using files_test::TempFolder;
 using files_test::U16;
 using files_test::U8;
+using Halyard::FileUtils::Folder;
 
 namespace {
 
@@ -324,7 +324,8 @@ TEST(NarrowFolder, ExtensionFilterIgnoresCaseAndKeepsAllSubfolders) {
       .GetContainedFileAndFolderList(std::string(".dll"), files, folders);
   std::sort(files.begin(), files.end());
   const std::string lib = U8(temp.Lib());
-  EXPECT_EQ(files, (std::vector<std::string>{lib + "\\a.dll", lib + "\\b.DLL"}));  // never recursive
+  EXPECT_EQ(files,
+            (std::vector<std::string>{lib + "\\a.dll", lib + "\\b.DLL"}));  // never recursive
   ASSERT_EQ(folders.size(), 1u);
 }
 
@@ -340,8 +341,8 @@ TEST(NarrowFolder, TitleFilterListingRecursesLikeTheWideOne) {
   Halyard::Folder::CreateFolderObject(U8(temp.Lib()))
       .GetContainedFileAndFolderList("enc", files, folders, 1);
   const std::string lib = U8(temp.Lib());
-  EXPECT_EQ(files, (std::vector<std::string>{"kept", lib + "\\a\\MyEncoder.dll",
-                                              lib + "\\ENCODE.txt"}));
+  EXPECT_EQ(files,
+            (std::vector<std::string>{"kept", lib + "\\a\\MyEncoder.dll", lib + "\\ENCODE.txt"}));
   ASSERT_EQ(folders.size(), 1u);
   EXPECT_EQ(folders[0].GetFullPath(), lib + "\\a");
   files.clear();

@@ -52,8 +52,20 @@ std::vector<PathRow> LoadTable() {
 }
 
 enum Column {
-  kPath, kDrive, kFolder, kName, kExt, kFileName, kFolderName, kFullFolder, kRoot,
-  kRemoveBackslash, kRemoveExtension, kAddBackslash, kNormalized, kColumns
+  kPath,
+  kDrive,
+  kFolder,
+  kName,
+  kExt,
+  kFileName,
+  kFolderName,
+  kFullFolder,
+  kRoot,
+  kRemoveBackslash,
+  kRemoveExtension,
+  kAddBackslash,
+  kNormalized,
+  kColumns
 };
 
 }  // namespace
@@ -321,7 +333,8 @@ TEST(PathNarrow, SplitPathIntoBuffers) {
 
 TEST(FileLayerExceptions, WhatTextsAreFixed) {
   EXPECT_STREQ(TOV::TOVException().what(), "class TOV::TOVException");
-  EXPECT_STREQ(Halyard::TOVFileUtilsException().what(), "TOVFileUtilsException : Unknown exception");
+  EXPECT_STREQ(Halyard::TOVFileUtilsException().what(),
+               "TOVFileUtilsException : Unknown exception");
   EXPECT_STREQ(Halyard::TOVNotAValidFolderPathException().what(),
                "TOVFileUtilsException: Folder path is not valid");
   EXPECT_STREQ(PU::PathUtilsException().what(), "PathUtilsException : Unknown exception");

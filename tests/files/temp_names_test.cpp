@@ -29,9 +29,7 @@ namespace {
 
 std::string NativeOf(const UTF16String& lib) { return U8(PU::ToPlatformPath(lib)); }
 
-std::uintmax_t SizeOf(const UTF16String& lib) {
-  return std::filesystem::file_size(NativeOf(lib));
-}
+std::uintmax_t SizeOf(const UTF16String& lib) { return std::filesystem::file_size(NativeOf(lib)); }
 
 }  // namespace
 
@@ -40,10 +38,10 @@ std::uintmax_t SizeOf(const UTF16String& lib) {
 TEST(AutoFileName, NameIsPrefixProcessThreadTicksExtension) {
   TempFolder temp;
   const UTF16String name = PU::GetAutoFileName(temp.Lib(), u"TOVCache"_u16, u".vpc"_u16);
-  const std::string expected = "^" + std::regex_replace(U8(temp.Lib()), std::regex(R"(\\)"), R"(\\)") +
+  const std::string expected = "^" +
+                               std::regex_replace(U8(temp.Lib()), std::regex(R"(\\)"), R"(\\)") +
                                R"(\\TOVCache)" + std::to_string(basalt::GetCurrentProcessID()) +
-                               "_" + std::to_string(basalt::GetCurrentThreadID()) +
-                               R"(_\d+\.vpc$)";
+                               "_" + std::to_string(basalt::GetCurrentThreadID()) + R"(_\d+\.vpc$)";
   EXPECT_TRUE(std::regex_match(U8(name), std::regex(expected))) << U8(name);
 }
 
@@ -297,7 +295,8 @@ TEST(FileOperations, CopyExReportsProgressPerChunk) {
   EXPECT_EQ(PU::TOVCopyFileEx(temp.Lib("big"), temp.Lib("copy"), Progress, &log), 1);
   ASSERT_EQ(log.calls.size(), 5u);
   EXPECT_EQ(log.calls[0], std::make_pair(std::uint64_t{0}, PU::kCallbackStreamSwitch));
-  EXPECT_EQ(log.calls.back(), std::make_pair(std::uint64_t{data.size()}, PU::kCallbackChunkFinished));
+  EXPECT_EQ(log.calls.back(),
+            std::make_pair(std::uint64_t{data.size()}, PU::kCallbackChunkFinished));
   EXPECT_EQ(files_test::ReadFile(temp.NativeOf("copy")), data);
 }
 
@@ -357,7 +356,8 @@ TEST(FileOperations, MoveRenamesFolders) {
 
 TEST(FileOperations, MoveAcrossFileSystemsCopiesFilesAndRefusesFolders) {
   TempFolder temp;
-  struct stat a {}, b {};
+  struct stat a {
+  }, b{};
   if (::stat("/dev/shm", &b) != 0 || ::stat(temp.Native().c_str(), &a) != 0 ||
       a.st_dev == b.st_dev || ::access("/dev/shm", W_OK) != 0) {
     GTEST_SKIP() << "no second writable file system";
@@ -393,9 +393,11 @@ TEST(Trash, FileGoesToHomeTrashWithInfoRecord) {
   EXPECT_EQ(PU::TOVMoveToTrash(temp.Lib("my file.txt")), 1);
   EXPECT_FALSE(files_test::Exists(temp.NativeOf("my file.txt")));
   EXPECT_EQ(files_test::ReadFile(temp.NativeOf("data/Trash/files/my file.txt")), "bytes");
-  const std::string info = files_test::ReadFile(temp.NativeOf("data/Trash/info/my file.txt.trashinfo"));
-  const std::regex record("\\[Trash Info\\]\nPath=" + temp.Native() +
-                          "/my%20file\\.txt\nDeletionDate=\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n");
+  const std::string info =
+      files_test::ReadFile(temp.NativeOf("data/Trash/info/my file.txt.trashinfo"));
+  const std::regex record(
+      "\\[Trash Info\\]\nPath=" + temp.Native() +
+      "/my%20file\\.txt\nDeletionDate=\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n");
   EXPECT_TRUE(std::regex_match(info, record)) << info;
 }
 
@@ -437,7 +439,8 @@ TEST(Trash, HomeTrashFromHomeWhenDataHomeUnset) {
 
 TEST(Trash, OtherFileSystemUsesTopFolderTrash) {
   TempFolder temp;
-  struct stat a {}, b {};
+  struct stat a {
+  }, b{};
   if (::stat("/dev/shm", &b) != 0 || ::stat(temp.Native().c_str(), &a) != 0 ||
       a.st_dev == b.st_dev || ::access("/dev/shm", W_OK) != 0) {
     GTEST_SKIP() << "no second writable file system";
