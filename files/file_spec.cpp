@@ -137,7 +137,11 @@ std::uint32_t CFileSpec::CreateNewFile() {
 
 std::uint32_t CFileSpec::CreateNewFolder() {
   try {
-    const UTF16String folder = PU::MakePath(mRoot.c_str(), mFolderPath.c_str(), nullptr, nullptr);
+    // A root without a drive letter ("\", "\\srv\share") would compose as the
+    // drive "\:"; the folder path alone names the folder then.
+    const bool hasDrive = mRoot.size() >= 2 && mRoot[1] == ':';
+    const UTF16String folder =
+        PU::MakePath(hasDrive ? mRoot.c_str() : nullptr, mFolderPath.c_str(), nullptr, nullptr);
     return Folder::CreateOnDisk(folder) ? 0 : TOV::kErrGeneric;
   } catch (const PU::PathUtilsException&) {
     return TOV::kErrCreateFailed;

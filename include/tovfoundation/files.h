@@ -428,9 +428,11 @@ class TOV_API CFileSpec {
   // Creates or truncates the file (read/write, others may read) and closes it.
   // 0, or kErrCreateFailed.
   std::uint32_t CreateNewFile();
-  // Creates the folder that CONTAINS the file (root + folder path) with
-  // Folder::CreateOnDisk: 0, kErrGeneric when CreateOnDisk says false (it
-  // already exists, for one), kErrCreateFailed on a path exception.
+  // Creates the folder that CONTAINS the file (root + folder path, composed
+  // with MakePath) with Folder::CreateOnDisk. A root without a drive letter
+  // ("\" on POSIX, "\\srv\share") is left out of the composition: as a
+  // drive it would give the meaningless "\:". Answers 0, kErrGeneric when CreateOnDisk says false
+  // (it already exists, for one), kErrCreateFailed on a path exception.
   std::uint32_t CreateNewFolder();
   // 0, or kErrGeneric.
   std::uint32_t DeleteTheFile();
