@@ -4,6 +4,16 @@
 #include <string>
 #include <vector>
 
+#if __has_include(<unistd.h>)
+#include <unistd.h>
+#define TOVTOOL_ISATTY(fd) ::isatty(fd)
+#elif __has_include(<io.h>)
+#include <io.h>
+#define TOVTOOL_ISATTY(fd) ::_isatty(fd)
+#else
+#define TOVTOOL_ISATTY(fd) 0
+#endif
+
 #include "tool.h"
 #include "tovfoundation/tovfoundation.h"
 
@@ -65,7 +75,12 @@ int RunBars(const Args& arguments) {
                               Halyard::VColourSpacetoNumberofBytes(settings.colourSpace);
   if (bytes > 0xFFFFFFFFull - 54) throw UsageError("the picture would not fit a BMP file");
 
+  // The writer takes the whole picture in one call, so a large one only gets
+  // a notice on a terminal rather than a running percentage.
+  const bool notice = TOVTOOL_ISATTY(2) != 0 && bytes >= (64u << 20);
+  if (notice) std::cerr << "writing " << (bytes >> 20) << " MiB of pixels..." << std::flush;
   const std::uint32_t status = WriteBars(args[0], settings);
+  if (notice) std::cerr << " done\n";
   if (status != 0) {
     std::cerr << "tovtool bars: writing " << args[0] << " failed with status 0x" << std::hex
               << std::uppercase << status << std::dec << '\n';
