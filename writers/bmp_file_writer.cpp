@@ -40,13 +40,19 @@ BMPFileWriter::~BMPFileWriter() { EndWriting(); }
 
 std::uint32_t BMPFileWriter::OpenNewFile(const unsigned short* path) {
   if (mStream != nullptr) return kErrGeneric;
+  Halyard::CFilePort* port = nullptr;
   try {
-    auto* port = new Halyard::CFilePort(Halyard::kAccessWrite, 0);
-    const std::uint32_t status = port->Open(path);
-    // On failure the port is deliberately not destroyed (see the header).
-    if (status != 0) return status;
+    port = new Halyard::CFilePort(Halyard::kAccessWrite, 0);
+  } catch (...) {
+    return kErrGeneric;
+  }
+  const std::uint32_t status = port->Open(path);
+  // On failure the port is deliberately not destroyed (see the header).
+  if (status != 0) return status;
+  try {
     mStream = new Halyard::CWriteStream(port, Halyard::kHaldLittleEndian, kStreamBufferBytes, 0, 0);
   } catch (...) {
+    delete port;  // closes the file it opened
     return kErrGeneric;
   }
   return 0;
