@@ -100,7 +100,11 @@ inline constexpr std::uint32_t kMaxFormatNameUnits = 260;
 // from the unit after that quote to the closing quote or the end of the chunk.
 // A quote that is the last unit of its chunk does not start a value: the search
 // goes on in the next chunk. A preset whose header lies within its first 1023
-// units is always read correctly.
+// units is always read correctly. An attribute that only appears in a chunk
+// after the one holding "<Header" is still found (searched from that chunk's
+// start), as is a "<Header" that first appears in a later chunk; a name cut by
+// a chunk boundary is read only up to that boundary
+// ("…WriterFormatName=\"MPEG\"" with the value starting at unit 1020 ⇒ "MPE").
 //
 // Statuses:
 //   0                   the name was copied;
