@@ -443,6 +443,9 @@ class TOV_API CReadStream : public IVReadStream {
   std::uint32_t Skip(std::uint32_t count) override;
   std::uint32_t PutBackByte(unsigned char value) override;
   // The next byte, not consumed; 0 and the read's status when there is none.
+  // ReadByte, then PutBackByte of the byte read. With a buffer of 1 byte, a
+  // read that finds the buffer empty goes straight to the port and leaves
+  // nothing to step back into, so there PeekByte consumes the byte.
   std::uint32_t PeekByte(unsigned char* value) override;
 
   // 8 bytes; see the deliberate behaviours above.

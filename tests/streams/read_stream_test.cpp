@@ -310,6 +310,18 @@ TEST(ReadStream, PeekByteTwiceReturnsSameByte) {
   EXPECT_EQ(PosOf(stream), 2u);
 }
 
+TEST(ReadStream, PeekByteWithAOneByteBufferConsumesTheByte) {
+  ScriptedPort port(Counting(4));
+  CReadStream stream(port, kHaldLittleEndian, 1, 0, 0);
+  unsigned char first = 9;
+  unsigned char second = 9;
+  EXPECT_EQ(stream.PeekByte(&first), 0u);
+  EXPECT_EQ(PosOf(stream), 1u);
+  EXPECT_EQ(stream.PeekByte(&second), 0u);
+  EXPECT_EQ(first, 0);
+  EXPECT_EQ(second, 1);
+}
+
 TEST(ReadStream, PeekByteStoresZeroAfterAFailedRead) {
   ScriptedPort port(Counting(4));
   port.script.sequential = true;
