@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::uint32_t kMiB = 1u << 20;
 constexpr std::uint32_t kInts = 1u << 16;  // 256 KiB of 4-byte values per iteration
-constexpr std::uint32_t kBuffer = 4096;    // the buffer file specifications use
+constexpr std::uint32_t kBuffer = 4096;    // the buffer CFileSpec streams use
 
 // A scratch folder for the file cases, removed at exit.
 class Scratch {

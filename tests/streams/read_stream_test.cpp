@@ -524,6 +524,22 @@ TEST(ReadStream, CopiesShareOneState) {
   EXPECT_EQ(copy->AddRef(), 3u);
 }
 
+TEST(ReadStream, AssignmentDestroysTheTargetsStateAndSharesTheSource) {
+  ScriptedPort first(Counting(4));
+  ScriptedPort second(Counting(8));
+  CReadStream source(second, kHaldLittleEndian, 4, 2, 0);
+  alignas(CReadStream) unsigned char storage[sizeof(CReadStream)];
+  auto* target = new (storage) CReadStream(first, kHaldLittleEndian, 4, 0, 1);
+  *target = source;  // closes `first` (closePort) as its state goes
+  EXPECT_EQ(first.script.calls, (std::vector<PortCall>{{'c', 0, 0}}));
+  EXPECT_EQ(PosOf(*target), 2u);
+  unsigned char byte = 0;
+  ASSERT_EQ(target->ReadByte(&byte), 0u);
+  EXPECT_EQ(byte, 2);
+  EXPECT_EQ(PosOf(source), 3u);
+  // `target` is not destroyed: `source` destroys the shared state.
+}
+
 TEST(ReadStream, OverAFilePortReadsGoldenBytes) {
   streamtest::TempDir dir;
   streamtest::WriteAll(dir.Native("in.bin"), Bytes{0x00, 0x01, 0x12, 0x34, 0x56, 0x78, 0xFF});
