@@ -76,7 +76,10 @@ bool FormatLocalTimeOfDay(UTF16String& text) {
     if (locale == static_cast<locale_t>(0)) return false;
   }
   ::tzset();
-  const time_t now = ::time(nullptr);
+  // The same clock as GetSystemTime (time() may lag it by a scheduler tick).
+  struct timespec realtime {};
+  ::clock_gettime(CLOCK_REALTIME, &realtime);
+  const time_t now = realtime.tv_sec;
   struct tm fields {};
   bool ok = ::localtime_r(&now, &fields) != nullptr;
   if (ok) {
