@@ -485,4 +485,14 @@ TEST(Timecode, FormatRatesDriveTheFrameBase) {
   }
 }
 
+TEST(Timecode, AddOneFrameFollowsTheSignForFieldsAndPrecedesItForCounts) {
+  const FrameRate pal = FR::kFrameRate_VideoPAL;
+  EXPECT_EQ(Parse("-00:00:01:00", pal, 101, true), Time(-24, pal));
+  EXPECT_EQ(Parse("00:00:01:00", pal, 101, true), Time(26, pal));
+  EXPECT_EQ(Parse("-25", pal, 109, true), Time(-26, pal));
+  EXPECT_EQ(Parse("-:25", pal, 101, true), Time(-26, pal));
+  EXPECT_EQ(Parse("-1+01", pal, 111, true), Time(-42, pal));
+  EXPECT_EQ(Parse("00:00:00.500", pal, 201, true), Time(501, FrameRate(1000.0)));
+}
+
 }  // namespace
