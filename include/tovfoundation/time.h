@@ -435,6 +435,10 @@ inline constexpr std::uint32_t kTimecodeFormat_Milliseconds = 201;   // 1000 fps
 // POSIX stderr, only when the environment variable TOV_TRACE is set to a
 // non-empty value other than "0"). With neither, no line is formatted.
 //
+// Caller contract: the formats that count at the caller's rate (109, 111,
+// 112, 200) divide by its ticks per frame, so a rate made by
+// FrameRate::Create(0) is undefined there, as for Time::ToFrame64.
+//
 // Not thread-safe: a Timecode is used by one thread at a time.
 class TOV_API Timecode {
  public:
