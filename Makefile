@@ -1,7 +1,7 @@
 # tovfoundation: the two everyday commands and the other gates.
 #   make test   set up, build the dev configuration and run every test
 #   make demo   set up, build and run the tool's end-to-end demo
-.PHONY: all deps build test demo test-asan test-tsan format clean
+.PHONY: all deps build test demo test-asan test-tsan test-install format clean
 
 PRESET ?= dev
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
@@ -26,10 +26,16 @@ test-asan: deps
 	cmake --build --preset asan -j $(JOBS)
 	ctest --preset asan
 
+# The subsystems with locks (station registry, stream states, automatic names,
+# registrar, metadata list, events) under ThreadSanitizer.
+TSAN_SUITES := messaging streams files foundation
 test-tsan: deps
 	cmake --preset tsan
-	cmake --build --preset tsan -j $(JOBS)
-	ctest --preset tsan
+	cmake --build --preset tsan -j $(JOBS) --target $(addprefix tovtests_,$(TSAN_SUITES))
+	ctest --preset tsan -L '$(subst $(eval) ,|,$(TSAN_SUITES))'
+
+test-install: build
+	ctest --preset $(PRESET) -L install
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
@@ -40,7 +46,7 @@ clean:
 # make fuzz TARGET=name SECONDS=n: runs one libFuzzer target on its seed corpus.
 TARGET ?=
 SECONDS ?= 60
-.PHONY: fuzz fuzz-build bench
+.PHONY: fuzz fuzz-build fuzz-smoke bench
 fuzz-build:
 	@bash scripts/install-deps --fuzz
 	cmake --preset fuzz
@@ -51,6 +57,10 @@ fuzz: fuzz-build
 	mkdir -p build/fuzz/corpus/$(TARGET)
 	build/fuzz/bin/fuzz_$(TARGET) -max_total_time=$(SECONDS) -print_final_stats=1 \
 	  build/fuzz/corpus/$(TARGET) fuzz/corpus/$(TARGET)
+
+# Every fuzz target for SECONDS on its committed seed corpus, two at a time.
+fuzz-smoke: fuzz-build
+	bash scripts/fuzz-smoke build/fuzz $(SECONDS)
 
 bench:
 	@bash scripts/install-deps --bench
