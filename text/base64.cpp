@@ -203,8 +203,8 @@ std::vector<unsigned char> Decode(const UTF16String& text) {
 
   std::vector<unsigned char> out;
   out.reserve((length + 3) / 4 * 3);
-  // Spare bytes: a group is written when fewer than kDecodeChunk are used, and
-  // StoreGroup writes four.
+  // Every write is preceded by a flush once kDecodeChunk bytes are used; the
+  // spare bytes take a group's three and StoreGroup's fourth.
   unsigned char chunk[kDecodeChunk + 4];
   unsigned char* dst = chunk;
   const auto flush = [&] {
@@ -230,10 +230,10 @@ std::vector<unsigned char> Decode(const UTF16String& text) {
         }
         break;
       }
+      if (dst >= chunk + kDecodeChunk) flush();
       StoreGroup(dst, word);
       dst += 3;
       src += 4;
-      if (dst >= chunk + kDecodeChunk) flush();
     }
     // Slow path: gather the next four kept characters one by one. A short last
     // group is completed with "A" (value 0, not a pad).
