@@ -1,0 +1,268 @@
+// Base64: Encode, Decode, IsBase64.
+//
+// Both directions are defined on 8-bit text that passes through basalt's UTF
+// conversions (UTF8to16 after encoding, UTF16to8 before decoding). The code
+// here works on UTF-16 directly, which gives identical results:
+// - Encode only produces ASCII characters, on which UTF8to16 is the identity
+//   widening, so the characters are written as code units right away;
+// - Decode keeps only ASCII alphabet characters. UTF16to8 turns a code unit
+//   below 0x80 into the same single byte and everything else (other
+//   characters, surrogate pairs, unpaired surrogates as U+FFFD) into bytes of
+//   0x80 and above, which the filter drops; so filtering the code units
+//   directly keeps exactly the same characters in the same order.
+#include <array>
+#include <bit>
+#include <cstring>
+#include <stdexcept>
+
+#include "tovfoundation/text.h"
+
+namespace Halyard {
+
+namespace {
+
+constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr unsigned short kPad = u'=';
+constexpr std::size_t kGroupsPerLine = 19;  // 57 input bytes, 76 characters
+
+// Two output characters for every 12-bit value, as the code units they become.
+struct CharPair {
+  unsigned short first;
+  unsigned short second;
+};
+
+constexpr std::array<CharPair, 4096> MakePairTable() {
+  std::array<CharPair, 4096> table{};
+  for (unsigned value = 0; value < 4096; ++value) {
+    table[value] = {static_cast<unsigned short>(kAlphabet[value >> 6]),
+                    static_cast<unsigned short>(kAlphabet[value & 63])};
+  }
+  return table;
+}
+constexpr std::array<CharPair, 4096> kPairs = MakePairTable();
+
+// Decoding codes per ASCII character: 0–63 for the alphabet, kPadCode for "=",
+// kDropCode for everything else.
+constexpr unsigned char kPadCode = 0x40;
+constexpr unsigned char kDropCode = 0x80;
+
+constexpr std::array<unsigned char, 128> MakeDecodeTable() {
+  std::array<unsigned char, 128> table{};
+  for (auto& code : table) code = kDropCode;
+  for (unsigned char value = 0; value < 64; ++value) {
+    table[static_cast<unsigned char>(kAlphabet[value])] = value;
+  }
+  table['='] = kPadCode;
+  return table;
+}
+constexpr std::array<unsigned char, 128> kDecode = MakeDecodeTable();
+
+inline unsigned char CodeOf(unsigned short unit) { return unit < 128 ? kDecode[unit] : kDropCode; }
+
+// Writes the four characters of three input bytes.
+inline unsigned short* EmitGroup(unsigned short* dst, const unsigned char* src) {
+  const std::uint32_t bits = (std::uint32_t{src[0]} << 16) | (std::uint32_t{src[1]} << 8) | src[2];
+  const CharPair pairs[2] = {kPairs[bits >> 12], kPairs[bits & 0xFFFu]};
+  std::memcpy(dst, pairs, sizeof pairs);
+  return dst + 4;
+}
+
+// Writes the eight characters of six input bytes; reads eight (the two after
+// them are ignored, the caller guarantees they can be read).
+inline unsigned short* EmitTwoGroups(unsigned short* dst, const unsigned char* src) {
+  // Composed byte by byte: compilers turn this into one load and a byte swap.
+  const std::uint64_t bits = (std::uint64_t{src[0]} << 56) | (std::uint64_t{src[1]} << 48) |
+                             (std::uint64_t{src[2]} << 40) | (std::uint64_t{src[3]} << 32) |
+                             (std::uint64_t{src[4]} << 24) | (std::uint64_t{src[5]} << 16) |
+                             (std::uint64_t{src[6]} << 8) | std::uint64_t{src[7]};
+  const CharPair pairs[4] = {kPairs[(bits >> 52) & 0xFFFu], kPairs[(bits >> 40) & 0xFFFu],
+                             kPairs[(bits >> 28) & 0xFFFu], kPairs[(bits >> 16) & 0xFFFu]};
+  std::memcpy(dst, pairs, sizeof pairs);
+  return dst + 8;
+}
+
+inline unsigned short* EmitLineBreak(unsigned short* dst) {
+  dst[0] = u'\r';
+  dst[1] = u'\n';
+  return dst + 2;
+}
+
+// Writes one full line: 19 groups (57 bytes) and a line break.
+inline unsigned short* EmitLine(unsigned short* dst, const unsigned char* src) {
+  for (int k = 0; k < 9; ++k) dst = EmitTwoGroups(dst, src + k * 6);  // reads up to byte 55
+  dst = EmitGroup(dst, src + 54);
+  return EmitLineBreak(dst);
+}
+
+// Output is produced in a small buffer and appended to the result in pieces,
+// so the result's memory is written once (sizing a string first fills it).
+constexpr std::size_t kLineUnits = kGroupsPerLine * 4 + 2;
+constexpr std::size_t kEncodeChunkLines = 32;
+
+// Decoding tables, one per place in a group: for each ASCII character, its
+// 6-bit value already placed where it lands in the group's three output bytes
+// as they lie in memory (so OR-ing four entries gives the bytes to store), or
+// kSpecial for "=" and dropped characters.
+constexpr std::uint32_t kSpecial = 0x80000000u;
+
+// The group's 24 bits (a in the top six) as its three bytes in memory order,
+// in the low three bytes of a 32-bit word.
+constexpr std::uint32_t MemoryOrder(std::uint32_t bits) {
+  if constexpr (std::endian::native == std::endian::little) {
+    return ((bits >> 16) & 0xFFu) | (bits & 0xFF00u) | ((bits & 0xFFu) << 16);
+  } else {
+    return bits << 8;
+  }
+}
+
+struct PlacedTables {
+  std::uint32_t place[4][128];
+};
+
+constexpr PlacedTables MakePlacedTables() {
+  PlacedTables tables{};
+  for (unsigned place = 0; place < 4; ++place) {
+    const unsigned shift = 18 - 6 * place;
+    for (unsigned c = 0; c < 128; ++c) {
+      const unsigned char code = kDecode[c];
+      tables.place[place][c] = code < 64 ? MemoryOrder(std::uint32_t{code} << shift) : kSpecial;
+    }
+  }
+  return tables;
+}
+constexpr PlacedTables kPlaced = MakePlacedTables();
+
+constexpr std::size_t kDecodeChunk = 3 * 1024;
+
+// Writes the three bytes of a group, and one byte of garbage after them, with
+// a single store.
+inline void StoreGroup(unsigned char* dst, std::uint32_t word) { std::memcpy(dst, &word, 4); }
+
+}  // namespace
+
+UTF16String Encode(const std::vector<unsigned char>& bytes) {
+  const std::size_t n = bytes.size();
+  if (n == 0) return UTF16String();
+  // The walk's index is 32 bits wide: beyond that it would never end.
+  if (n > 0xFFFFFFFFu) throw std::length_error("string too long");
+
+  const std::size_t groups = (n + 2) / 3;
+  const std::size_t lineBreaks = (groups - 1) / kGroupsPerLine + 1;
+  UTF16String out;
+  out.reserve(groups * 4 + lineBreaks * 2);
+
+  unsigned short chunk[kEncodeChunkLines * kLineUnits];
+  unsigned short* const chunkEnd = chunk + kEncodeChunkLines * kLineUnits;
+  unsigned short* dst = chunk;
+  const auto flush = [&] {
+    out.append(chunk, static_cast<std::size_t>(dst - chunk));
+    dst = chunk;
+  };
+
+  const unsigned char* src = bytes.data();
+  const std::size_t fullGroups = n / 3;
+  std::size_t group = 0;
+  if (fullGroups > 0) {
+    // The group at offset 0 is a line of its own.
+    dst = EmitLineBreak(EmitGroup(dst, src));
+    group = 1;
+    // Then lines of 19 groups, each ending at an offset that is a multiple of 57.
+    for (; group + kGroupsPerLine <= fullGroups; group += kGroupsPerLine) {
+      if (chunkEnd - dst < static_cast<std::ptrdiff_t>(kLineUnits)) flush();
+      dst = EmitLine(dst, src + group * 3);
+    }
+    // Fewer than 19 full groups remain; none starts at a multiple of 57.
+    if (chunkEnd - dst < static_cast<std::ptrdiff_t>(kLineUnits)) flush();
+    for (; group < fullGroups; ++group) dst = EmitGroup(dst, src + group * 3);
+  }
+  const std::size_t rest = n - fullGroups * 3;
+  if (rest != 0) {
+    if (chunkEnd - dst < static_cast<std::ptrdiff_t>(kLineUnits)) flush();
+    const unsigned char* last = src + group * 3;
+    const unsigned char tail[3] = {last[0], static_cast<unsigned char>(rest > 1 ? last[1] : 0), 0};
+    EmitGroup(dst, tail);
+    dst[3] = kPad;
+    if (rest == 1) dst[2] = kPad;
+    dst += 4;
+    if (group % kGroupsPerLine == 0) dst = EmitLineBreak(dst);
+  }
+  flush();
+  return out;
+}
+
+std::vector<unsigned char> Decode(const UTF16String& text) {
+  const std::size_t length = text.size();
+  const unsigned short* src = text.data();
+  const unsigned short* const end = src + length;
+  if (length > 0xFFFFFFFFu) {
+    // The group index is 32 bits wide; count what the filter would keep.
+    std::size_t kept = 0;
+    for (const unsigned short* p = src; p != end; ++p) kept += CodeOf(*p) != kDropCode;
+    if (kept > 0xFFFFFFFFu) throw std::length_error("vector<T> too long");
+  }
+
+  std::vector<unsigned char> out;
+  out.reserve((length + 3) / 4 * 3);
+  // Every write is preceded by a flush once kDecodeChunk bytes are used; the
+  // spare bytes take a group's three and StoreGroup's fourth.
+  unsigned char chunk[kDecodeChunk + 4];
+  unsigned char* dst = chunk;
+  const auto flush = [&] {
+    out.insert(out.end(), chunk, dst);
+    dst = chunk;
+  };
+
+  for (;;) {
+    // Fast path: four alphabet characters in a row (no pad, nothing dropped)
+    // are the next group; a CRLF between groups is skipped on the way.
+    while (end - src >= 4) {
+      const unsigned short a = src[0];
+      const unsigned short b = src[1];
+      const unsigned short c = src[2];
+      const unsigned short d = src[3];
+      if (((a | b | c | d) & 0xFF80u) != 0) break;
+      const std::uint32_t word =
+          kPlaced.place[0][a] | kPlaced.place[1][b] | kPlaced.place[2][c] | kPlaced.place[3][d];
+      if ((word & kSpecial) != 0) {
+        if (a == u'\r' && b == u'\n') {
+          src += 2;
+          continue;
+        }
+        break;
+      }
+      if (dst >= chunk + kDecodeChunk) flush();
+      StoreGroup(dst, word);
+      dst += 3;
+      src += 4;
+    }
+    // Slow path: gather the next four kept characters one by one. A short last
+    // group is completed with "A" (value 0, not a pad).
+    unsigned char codes[4] = {0, 0, 0, 0};
+    int gathered = 0;
+    while (gathered < 4 && src != end) {
+      const unsigned char code = CodeOf(*src++);
+      if (code != kDropCode) codes[gathered++] = code;
+    }
+    if (gathered == 0) break;
+    const auto value = [](unsigned char code) -> std::uint32_t {
+      return code == kPadCode ? 63u : code;
+    };
+    const std::uint32_t a = value(codes[0]);
+    const std::uint32_t b = value(codes[1]);
+    const std::uint32_t c = value(codes[2]);
+    const std::uint32_t d = value(codes[3]);
+    if (dst >= chunk + kDecodeChunk) flush();
+    *dst++ = static_cast<unsigned char>((a << 2) | (b >> 4));
+    if (codes[2] != kPadCode) *dst++ = static_cast<unsigned char>((b << 4) | (c >> 2));
+    if (codes[3] != kPadCode) *dst++ = static_cast<unsigned char>((c << 6) | d);
+    if (gathered < 4) break;
+  }
+  flush();
+  return out;
+}
+
+bool IsBase64(unsigned char character) {
+  return character < 128 && kDecode[character] != kDropCode;
+}
+
+}  // namespace Halyard
