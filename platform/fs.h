@@ -93,15 +93,12 @@ std::uint32_t GetTempFileName(const UTF16String& folder, const UTF16String& pref
 // answers: 0 continue, 1 cancel (partial target deleted), 2 stop (kept), 3
 // quiet. Cancel and stop fail with 1235. `cancel` (may be null) is read before
 // each chunk; nonzero cancels.
-using CopyProgressRoutine = std::uint32_t (*)(std::uint64_t totalFileSize,
-                                              std::uint64_t totalBytesTransferred,
-                                              std::uint64_t streamSize,
-                                              std::uint64_t streamBytesTransferred,
-                                              std::uint32_t streamNumber,
-                                              std::uint32_t callbackReason, void* sourceFile,
-                                              void* destinationFile, void* data);
-bool CopyFileEx(const UTF16String& source, const UTF16String& target,
-                CopyProgressRoutine progress, void* data, const int* cancel, bool failIfExists);
+using CopyProgressRoutine = std::uint32_t (*)(
+    std::uint64_t totalFileSize, std::uint64_t totalBytesTransferred, std::uint64_t streamSize,
+    std::uint64_t streamBytesTransferred, std::uint32_t streamNumber, std::uint32_t callbackReason,
+    void* sourceFile, void* destinationFile, void* data);
+bool CopyFileEx(const UTF16String& source, const UTF16String& target, CopyProgressRoutine progress,
+                void* data, const int* cancel, bool failIfExists);
 
 // MoveFileW: renames a file or folder, never replacing an existing target
 // (183). Across file systems a file is copied and the source deleted; a folder

@@ -67,8 +67,8 @@ bool FreeLibrary(ModuleHandle module);
 // EnumResourceNamesA callback: gets the module, the type exactly as the caller
 // passed it to EnumResourceNames, the resource's name (an integer name, see
 // MakeIntResource) and the caller's value. Returns true to go on, false to stop.
-using EnumResourceNameProc = bool (*)(ModuleHandle module, const char* type,
-                                      std::uintptr_t name, std::intptr_t param);
+using EnumResourceNameProc = bool (*)(ModuleHandle module, const char* type, std::uintptr_t name,
+                                      std::intptr_t param);
 
 // EnumResourceNamesA: calls `proc` for each resource of `type`, in order, until
 // it returns false. Returns true when the enumeration ran over at least one

@@ -44,7 +44,8 @@ std::int32_t CoCreateGuid(Guid* guid) {
   }
   unsigned char bytes[16];
   const RandomSource source = gRandomSource.load();
-  const bool ok = source != nullptr ? source(bytes, sizeof bytes) : KernelRandom(bytes, sizeof bytes);
+  const bool ok =
+      source != nullptr ? source(bytes, sizeof bytes) : KernelRandom(bytes, sizeof bytes);
   if (!ok) {
     if (GetLastError() == 0) SetLastError(kErrorGenFailure);
     return kEFail;

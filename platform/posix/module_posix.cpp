@@ -164,8 +164,8 @@ void EnsureResources(ModuleHandle module, ModuleState& state) {
       auto* bytes = static_cast<unsigned char*>(out);
       std::size_t done = 0;
       while (done < count) {
-        const ssize_t got = ::pread(fd, bytes + done, count - done,
-                                    static_cast<off_t>(offset + done));
+        const ssize_t got =
+            ::pread(fd, bytes + done, count - done, static_cast<off_t>(offset + done));
         if (got < 0 && errno == EINTR) continue;
         if (got <= 0) return false;
         done += static_cast<std::size_t>(got);

@@ -67,8 +67,7 @@ std::uint32_t WaitForSingleObject(EventHandle event, std::uint32_t milliseconds)
   const auto isSignalled = [event] { return event->signalled; };
   if (milliseconds == kInfinite) {
     event->changed.wait(lock, isSignalled);
-  } else if (!event->changed.wait_for(lock, std::chrono::milliseconds(milliseconds),
-                                      isSignalled)) {
+  } else if (!event->changed.wait_for(lock, std::chrono::milliseconds(milliseconds), isSignalled)) {
     return kWaitTimeout;
   }
   if (!event->manualReset) event->signalled = false;
