@@ -41,8 +41,8 @@ void SearchFiles(const UTF16String& folder, const UTF16String& pattern, Sink&& s
 
 // The packed form's worker. Names are library paths; see the header for the
 // order and for why an interrupted search leaves the directory changed.
-std::uint32_t SearchTree(const UTF16String& folder, const UTF16String& pattern,
-                         std::uint32_t flags, std::vector<UTF16String>& names) {
+std::uint32_t SearchTree(const UTF16String& folder, const UTF16String& pattern, std::uint32_t flags,
+                         std::vector<UTF16String>& names) {
   const std::optional<UTF16String> saved = platform::GetCurrentDirectory();
   if (!platform::SetCurrentDirectory(folder)) return TOV::kErrPathNotFound;
   std::uint32_t status = 0;
@@ -100,8 +100,7 @@ std::uint32_t VUtilsFindFilesFromName(std::vector<char*>& out, const char* folde
 }
 
 std::uint32_t VUtilsFindFilesFromName(std::vector<unsigned short*>& out,
-                                      const unsigned short* folder,
-                                      const unsigned short* pattern,
+                                      const unsigned short* folder, const unsigned short* pattern,
                                       IVServicesManager* /*services*/, bool fullPaths) {
   if (folder == nullptr || pattern == nullptr) return 0;
   UTF16String base(folder, UnitLength(folder));

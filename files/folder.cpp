@@ -104,10 +104,18 @@ std::uint64_t Folder::GetFreeSpaceOnDisk(const UTF16String& path, std::uint32_t*
   if (error != nullptr) {
     switch (platform::GetLastError()) {
       case platform::kErrorFileNotFound:
-      case platform::kErrorPathNotFound: *error = TOV::kErrPathNotFound; break;
-      case platform::kErrorAccessDenied: *error = TOV::kErrAccessDenied; break;
-      case platform::kErrorAlreadyExists: *error = TOV::kErrAlreadyExists; break;
-      default: *error = TOV::kErrGeneric; break;
+      case platform::kErrorPathNotFound:
+        *error = TOV::kErrPathNotFound;
+        break;
+      case platform::kErrorAccessDenied:
+        *error = TOV::kErrAccessDenied;
+        break;
+      case platform::kErrorAlreadyExists:
+        *error = TOV::kErrAlreadyExists;
+        break;
+      default:
+        *error = TOV::kErrGeneric;
+        break;
     }
   }
   return 0;

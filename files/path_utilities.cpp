@@ -1,6 +1,7 @@
 // Path text operations, the file layer's exceptions, and the narrow path
 // operations for callers outside the library.
 #include <algorithm>
+#include <climits>
 #include <cwchar>
 #include <string>
 
@@ -307,9 +308,7 @@ void SplitPath(const WideString& path, char16_t* drive, char16_t* folder, char16
 bool ExistsOnDisk(const std::string& path) {
   return tov::files::PathFileExists(tov::files::NarrowToLibrary(path));
 }
-bool ExistsOnDisk(const WideString& path) {
-  return ExistsOnDisk(tov::files::ReduceToNarrow(path));
-}
+bool ExistsOnDisk(const WideString& path) { return ExistsOnDisk(tov::files::ReduceToNarrow(path)); }
 bool IsFolder(const std::string& path) {
   return tov::files::PathIsDirectory(tov::files::NarrowToLibrary(path));
 }

@@ -136,8 +136,7 @@ std::string GetTempFolder() {
 std::string GetTemporaryFileName() {
   const std::string folder = GetTempFolder();
   UTF16String created;
-  if (platform::GetTempFileName(tov::files::NarrowToLibrary(folder), u"_TOV_"_u16, &created) ==
-      0) {
+  if (platform::GetTempFileName(tov::files::NarrowToLibrary(folder), u"_TOV_"_u16, &created) == 0) {
     return {};
   }
   return tov::files::LibraryToNarrow(created);

@@ -1,4 +1,5 @@
-// OS layer: the file system outside of open files — attributes, folders and
+// OS layer: the file system outside of open files (platform/file.h has the
+// handles and DeleteFile) — attributes, folders and
 // their enumeration, the current directory, free space, temporary names, copy,
 // move, delete, file times, the trash, the executable's path.
 //
@@ -12,6 +13,7 @@
 #include <optional>
 
 #include "basalt/strings.h"
+#include "platform/file.h"
 
 namespace tov::platform {
 
@@ -19,7 +21,6 @@ inline constexpr std::uint32_t kInvalidFileAttributes = 0xFFFFFFFFu;
 inline constexpr std::uint32_t kFileAttributeReadOnly = 0x1;
 inline constexpr std::uint32_t kFileAttributeHidden = 0x2;
 inline constexpr std::uint32_t kFileAttributeDirectory = 0x10;
-inline constexpr std::uint32_t kFileAttributeNormal = 0x80;
 // SHCreateDirectoryExW's answer for a relative path.
 inline constexpr std::uint32_t kErrorBadPathname = 161;
 
@@ -82,12 +83,14 @@ void SetFreeSpaceAnswerForTesting(FreeSpaceAnswer answer);
 UTF16String GetTempPath();
 // GetTempFileNameW with unique 0: creates a new empty file folder\PPPhhhh.tmp
 // (PPP the first three units of `prefix`, hhhh an upper-case hexadecimal
-// number from 1 to FFFF starting from the clock) exclusively, and stores its
+// number from 1 to FFFF starting from the clock) exclusively through
+// CreateFile (kCreateNew, write access, shared for reading), and stores its
 // path in `*out`. Returns the number, or 0 on failure (no file made).
 std::uint32_t GetTempFileName(const UTF16String& folder, const UTF16String& prefix,
                               UTF16String* out);
 
-// CopyFileExW: copies the file's bytes and permission bits. `failIfExists`
+// CopyFileExW: copies the file's bytes and permission bits; both files are
+// opened through CreateFile (source shared for reading, target unshared). `failIfExists`
 // refuses an existing target (80). The progress routine is called before the
 // first chunk (reason 1) and after each chunk (reason 0) with null handles;
 // answers: 0 continue, 1 cancel (partial target deleted), 2 stop (kept), 3
@@ -104,9 +107,6 @@ bool CopyFileEx(const UTF16String& source, const UTF16String& target, CopyProgre
 // (183). Across file systems a file is copied and the source deleted; a folder
 // fails with 17. POSIX: renameat2(RENAME_NOREPLACE), else link + unlink.
 bool MoveFile(const UTF16String& source, const UTF16String& target);
-
-// DeleteFileW: removes a file (a folder: 5).
-bool DeleteFile(const UTF16String& path);
 
 // SHFileOperationW(FO_DELETE, FOF_ALLOWUNDO | silent flags) on one item:
 // moves a file or folder to the user's trash. Returns 0, or a nonzero code.

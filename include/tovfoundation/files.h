@@ -254,8 +254,8 @@ inline constexpr std::uint32_t kCallbackStreamSwitch = 1;   // before the first 
 // data. It answers one of kProgress*.
 using TOVCopyProgressRoutine = std::uint32_t (*)(
     std::uint64_t totalFileSize, std::uint64_t totalBytesTransferred, std::uint64_t streamSize,
-    std::uint64_t streamBytesTransferred, std::uint32_t streamNumber,
-    std::uint32_t callbackReason, void* sourceFile, void* destinationFile, void* data);
+    std::uint64_t streamBytesTransferred, std::uint32_t streamNumber, std::uint32_t callbackReason,
+    void* sourceFile, void* destinationFile, void* data);
 // Copies a file, overwriting an existing target, calling `progress` (may be
 // null) once before the first chunk and after every chunk with `progressData`.
 // A cancel or stop answer fails the copy (false).
@@ -378,9 +378,9 @@ class TOV_API Folder {
   //    order, each subfolder appended to `folders` AFTER what was found inside
   //    it and only when it yielded at least one file; then this folder's files.
   // Filters apply to files only. A missing folder adds nothing.
-  void GetContainedFileAndFolderList(const unsigned short* titleFilter,
-                                     const char* extensionFilter, FileNameList& files,
-                                     FolderList& folders, unsigned char recursive) const;
+  void GetContainedFileAndFolderList(const unsigned short* titleFilter, const char* extensionFilter,
+                                     FileNameList& files, FolderList& folders,
+                                     unsigned char recursive) const;
   // The filtered listing, files only.
   void GetDynamicLoadObjects(const unsigned short* titleFilter, const char* extensionFilter,
                              FileNameList& files, unsigned char recursive) const;
@@ -428,8 +428,10 @@ class TOV_API CFileSpec {
   // Creates or truncates the file (read/write, others may read) and closes it.
   // 0, or kErrCreateFailed.
   std::uint32_t CreateNewFile();
-  // Creates the folder that CONTAINS the file (root + folder path) with
-  // Folder::CreateOnDisk: 0, kErrGeneric when CreateOnDisk says false (it
+  // Creates the folder that CONTAINS the file (root + folder path, composed
+  // with MakePath) with Folder::CreateOnDisk. A root without a drive letter
+  // ("\" on POSIX, "\\srv\share") is left out of the composition: as a
+  // drive it would give the meaningless "\:". Answers 0, kErrGeneric when CreateOnDisk says false (it
   // already exists, for one), kErrCreateFailed on a path exception.
   std::uint32_t CreateNewFolder();
   // 0, or kErrGeneric.
@@ -520,8 +522,8 @@ class TOV_API CFileSpec {
 
   virtual bool operator==(const CFileSpec& other) const;
   virtual bool operator!=(const CFileSpec& other) const;
-  virtual operator WideString() const;            // NOLINT(google-explicit-constructor)
-  virtual operator const char16_t*() const;       // NOLINT(google-explicit-constructor)
+  virtual operator WideString() const;       // NOLINT(google-explicit-constructor)
+  virtual operator const char16_t*() const;  // NOLINT(google-explicit-constructor)
 
   WideString GetFullPathNameW() const { return mPath; }
   std::string GetFullPathNameA() const;

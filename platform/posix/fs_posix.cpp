@@ -109,8 +109,10 @@ bool GetFileAttributesEx(const UTF16String& path, FileAttributeData* data) {
   }
   data->attributes = AttributesFromStat(st, BaseName(native));
   data->size = S_ISDIR(st.st_mode) ? 0 : static_cast<std::uint64_t>(st.st_size);
-  data->lastAccessTime = ToFileTime(st.st_atim.tv_sec, static_cast<std::uint32_t>(st.st_atim.tv_nsec));
-  data->lastWriteTime = ToFileTime(st.st_mtim.tv_sec, static_cast<std::uint32_t>(st.st_mtim.tv_nsec));
+  data->lastAccessTime =
+      ToFileTime(st.st_atim.tv_sec, static_cast<std::uint32_t>(st.st_atim.tv_nsec));
+  data->lastWriteTime =
+      ToFileTime(st.st_mtim.tv_sec, static_cast<std::uint32_t>(st.st_mtim.tv_nsec));
   data->creationTime = data->lastWriteTime;
 #if defined(STATX_BTIME)
   struct statx sx {};
@@ -204,8 +206,12 @@ bool NextEntry(FindState* state, FindData* data) {
     if (!state->matchAll && !MatchesPattern(state->pattern, name)) continue;
     std::uint32_t attributes = 0;
     switch (entry->d_type) {
-      case DT_DIR: attributes = kFileAttributeDirectory; break;
-      case DT_REG: attributes = kFileAttributeNormal; break;
+      case DT_DIR:
+        attributes = kFileAttributeDirectory;
+        break;
+      case DT_REG:
+        attributes = kFileAttributeNormal;
+        break;
       default: {
         struct stat st {};
         const bool known = StatFollowing(state->folder + entry->d_name, &st);
@@ -363,13 +369,11 @@ UTF16String GetTempPath() {
 
 namespace {
 // Creates an empty file that must not exist yet; false with the last error set.
-bool CreateNewEmpty(const std::string& native) {
-  const int fd = ::open(native.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  if (fd < 0) {
-    SetLastErrorFromErrno(errno, ExistsAs::kFileExists, native);
-    return false;
-  }
-  ::close(fd);
+bool CreateNewEmpty(const UTF16String& path) {
+  const FileHandle file =
+      CreateFile(path, kGenericWrite, kFileShareRead, kCreateNew, kFileAttributeNormal);
+  if (!file.IsOpen()) return false;
+  CloseHandle(file);
   return true;
 }
 }  // namespace
@@ -392,7 +396,7 @@ std::uint32_t GetTempFileName(const UTF16String& folder, const UTF16String& pref
     std::string hex;
     for (std::uint32_t v = unique; v != 0; v >>= 4) hex.insert(hex.begin(), kHex[v & 0xF]);
     UTF16String candidate = base + basalt::UTF8to16(hex + ".tmp");
-    if (CreateNewEmpty(NativePath(candidate))) {
+    if (CreateNewEmpty(candidate)) {
       *out = candidate;
       return unique;
     }
@@ -407,24 +411,18 @@ std::uint32_t GetTempFileName(const UTF16String& folder, const UTF16String& pref
 
 namespace {
 
-struct Fd {
-  int fd = -1;
-  ~Fd() {
-    if (fd >= 0) ::close(fd);
+struct Handle {
+  FileHandle file;
+  ~Handle() {
+    if (file.IsOpen()) CloseHandle(file);
   }
 };
 
-bool CopyNative(const std::string& source, const std::string& target,
-                CopyProgressRoutine progress, void* data, const int* cancel, bool failIfExists) {
-  Fd in;
-  in.fd = ::open(source.c_str(), O_RDONLY | O_CLOEXEC);
-  if (in.fd < 0) {
-    SetLastErrorFromErrno(errno, ExistsAs::kFileExists, source);
-    return false;
-  }
+bool CopyNative(const std::string& source, const std::string& target, CopyProgressRoutine progress,
+                void* data, const int* cancel, bool failIfExists) {
   struct stat sst {};
-  if (::fstat(in.fd, &sst) != 0) {
-    SetLastErrorFromErrno(errno);
+  if (::stat(source.c_str(), &sst) != 0) {
+    SetLastErrorFromErrno(errno, ExistsAs::kFileExists, source);
     return false;
   }
   if (S_ISDIR(sst.st_mode)) {
@@ -432,38 +430,38 @@ bool CopyNative(const std::string& source, const std::string& target,
     return false;
   }
   struct stat tst {};
-  if (::stat(target.c_str(), &tst) == 0) {
-    if (tst.st_dev == sst.st_dev && tst.st_ino == sst.st_ino) {
-      SetLastError(kErrorSharingViolation);  // copying a file onto itself
-      return false;
-    }
-    if (failIfExists) {
-      SetLastError(kErrorFileExists);
-      return false;
-    }
-  }
-  Fd out;
-  out.fd = ::open(target.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | (failIfExists ? O_EXCL : 0),
-                  sst.st_mode & 07777);
-  if (out.fd < 0) {
-    SetLastErrorFromErrno(errno, ExistsAs::kFileExists, target);
+  if (::stat(target.c_str(), &tst) == 0 && tst.st_dev == sst.st_dev && tst.st_ino == sst.st_ino) {
+    SetLastError(kErrorSharingViolation);  // a file copied onto itself
     return false;
   }
+  const UTF16String sourcePath = LibraryPath(source);
+  const UTF16String targetPath = LibraryPath(target);
+  Handle in;
+  in.file =
+      CreateFile(sourcePath, kGenericRead, kFileShareRead, kOpenExisting, kFileFlagSequentialScan);
+  if (!in.file.IsOpen()) return false;
+  Handle out;
+  out.file = CreateFile(targetPath, kGenericWrite, 0, failIfExists ? kCreateNew : kCreateAlways,
+                        kFileFlagSequentialScan);
+  if (!out.file.IsOpen()) return false;
+  (void)::chmod(target.c_str(), sst.st_mode & 07777);
   auto abandon = [&](bool removeTarget) {
-    if (removeTarget) ::unlink(target.c_str());
+    if (removeTarget) {
+      const std::uint32_t error = GetLastError();
+      CloseHandle(out.file);
+      out.file = FileHandle();
+      ::unlink(target.c_str());
+      SetLastError(error);
+    }
     return false;
   };
-  if (::ftruncate(out.fd, 0) != 0) {
-    SetLastErrorFromErrno(errno);
-    return false;
-  }
-  (void)::fchmod(out.fd, sst.st_mode & 07777);
   const std::uint64_t total = static_cast<std::uint64_t>(sst.st_size);
   std::uint64_t done = 0;
   bool quiet = progress == nullptr;
   auto ask = [&](std::uint32_t reason) -> bool {
     if (quiet) return true;
-    const std::uint32_t answer = progress(total, done, total, done, 1, reason, nullptr, nullptr, data);
+    const std::uint32_t answer =
+        progress(total, done, total, done, 1, reason, nullptr, nullptr, data);
     if (answer == 3) quiet = true;
     if (answer == 1 || answer == 2) {
       SetLastError(kErrorRequestAborted);
@@ -479,33 +477,32 @@ bool CopyNative(const std::string& source, const std::string& target,
       SetLastError(kErrorRequestAborted);
       return abandon(true);
     }
-    const ssize_t n = ::read(in.fd, buffer.data(), buffer.size());
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      SetLastErrorFromErrno(errno);
+    std::uint32_t got = 0;
+    if (!ReadFile(in.file, buffer.data(), static_cast<std::uint32_t>(buffer.size()), &got)) {
       return abandon(true);
     }
-    if (n == 0) break;
-    ssize_t written = 0;
-    while (written < n) {
-      const ssize_t w = ::write(out.fd, buffer.data() + written, static_cast<std::size_t>(n - written));
-      if (w < 0) {
-        if (errno == EINTR) continue;
-        SetLastErrorFromErrno(errno);
-        return abandon(true);
-      }
-      written += w;
+    if (got == 0) break;
+    std::uint32_t written = 0;
+    if (!WriteFile(out.file, buffer.data(), got, &written) || written != got) {
+      if (GetLastError() == 0) SetLastError(kErrorWriteFault);
+      return abandon(true);
     }
-    done += static_cast<std::uint64_t>(n);
+    done += got;
     if (!ask(0)) return false;
   }
+  if (!CloseHandle(out.file)) {
+    out.file = FileHandle();
+    return abandon(true);
+  }
+  out.file = FileHandle();
+  SetLastError(kErrorSuccess);
   return true;
 }
 
 }  // namespace
 
-bool CopyFileEx(const UTF16String& source, const UTF16String& target,
-                CopyProgressRoutine progress, void* data, const int* cancel, bool failIfExists) {
+bool CopyFileEx(const UTF16String& source, const UTF16String& target, CopyProgressRoutine progress,
+                void* data, const int* cancel, bool failIfExists) {
   const std::string nativeSource = NativePath(source);
   const std::string nativeTarget = NativePath(target);
   if (nativeSource.empty() || nativeTarget.empty()) {
@@ -569,24 +566,6 @@ bool MoveFile(const UTF16String& source, const UTF16String& target) {
     const int unlinkError = errno;
     ::unlink(to.c_str());
     SetLastErrorFromErrno(unlinkError, ExistsAs::kAlreadyExists, from);
-    return false;
-  }
-  return true;
-}
-
-bool DeleteFile(const UTF16String& path) {
-  const std::string native = NativePath(path);
-  if (native.empty()) {
-    SetLastError(kErrorPathNotFound);
-    return false;
-  }
-  struct stat st {};
-  if (::lstat(native.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) {
-    SetLastError(kErrorAccessDenied);
-    return false;
-  }
-  if (::unlink(native.c_str()) != 0) {
-    SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, native);
     return false;
   }
   return true;
@@ -734,10 +713,10 @@ std::uint32_t MoveToTrash(const UTF16String& path) {
     struct tm local {};
     ::localtime_r(&now, &local);
     std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &local);
-    const std::string record = "[Trash Info]\nPath=" + PercentEncode(recordedPath) +
-                               "\nDeletionDate=" + date + "\n";
-    const bool written = ::write(fd, record.data(), record.size()) ==
-                         static_cast<ssize_t>(record.size());
+    const std::string record =
+        "[Trash Info]\nPath=" + PercentEncode(recordedPath) + "\nDeletionDate=" + date + "\n";
+    const bool written =
+        ::write(fd, record.data(), record.size()) == static_cast<ssize_t>(record.size());
     const bool closed = ::close(fd) == 0;
     if (!written || !closed) {
       ::unlink(infoPath.c_str());
