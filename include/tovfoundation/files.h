@@ -181,6 +181,10 @@ TOV_API unsigned char IsAlias(const UTF16String& path);
 TOV_API UTF16String ToNormalizedPath(const UTF16String& path);
 // Removes it: "\\?\UNC\srv\s" ⇒ "\\srv\s";  "\\?\C:\x" ⇒ "C:\x";  "\\?\" ⇒ "";
 // anything else stays.
+// It undoes ToNormalizedPath for every non-empty path that is not prefixed
+// already, except a relative path starting with "UNC", which the prefix turns
+// into a network path: "UNC\x" ⇒ "\\?\UNC\x" ⇒ "\\x" (the rules are kept as
+// they are).
 TOV_API UTF16String RemovePathNormalization(const UTF16String& path);
 // False for EVERY input, including prefixed paths: the test it makes can never
 // succeed. This is intended and kept; do not use it to detect the prefix.
