@@ -50,7 +50,8 @@ std::uint32_t CreateDirectoryWithParents(const UTF16String& path);
 
 // FindFirstFileW / FindNextFileW / FindClose. `pattern` is a folder part
 // (optional; relative to the current directory) and a name pattern matched as
-// Windows matches: case-insensitive, '*' and '?', "*.*" and "x.*" also
+// Windows matches: case-insensitive (ASCII, Latin, Greek and Cyrillic letters, whatever the
+// locale), '*' and '?', "*.*" and "x.*" also
 // matching names without a dot, "x." matching "x". Entries come in the order
 // the file system gives them, "." and ".." included. No match: null handle,
 // last error 2 (or 3 when the folder part does not exist).

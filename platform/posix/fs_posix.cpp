@@ -14,7 +14,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
-#include <cwctype>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -161,10 +160,23 @@ std::uint32_t CreateDirectoryWithParents(const UTF16String& path) {
 
 namespace {
 
+// Case folding of the name matcher, independent of the locale as on
+// Windows: ASCII, Latin-1, Latin Extended-A, Greek and Cyrillic capitals.
 unsigned short FoldCase(unsigned short unit) {
-  if (unit >= 'A' && unit <= 'Z') return static_cast<unsigned short>(unit + 32);
-  if (unit < 0x80) return unit;
-  return static_cast<unsigned short>(std::towlower(static_cast<wint_t>(unit)));
+  if (unit < 0x80)
+    return (unit >= 'A' && unit <= 'Z') ? static_cast<unsigned short>(unit + 32) : unit;
+  if ((unit >= 0xC0 && unit <= 0xDE && unit != 0xD7) ||
+      (unit >= 0x391 && unit <= 0x3AB && unit != 0x3A2) || (unit >= 0x410 && unit <= 0x42F)) {
+    return static_cast<unsigned short>(unit + 0x20);
+  }
+  if (unit >= 0x400 && unit <= 0x40F) return static_cast<unsigned short>(unit + 0x50);
+  if (unit >= 0x100 && unit <= 0x137 && (unit & 1) == 0)
+    return static_cast<unsigned short>(unit + 1);
+  if (unit >= 0x139 && unit <= 0x148 && (unit & 1) == 1)
+    return static_cast<unsigned short>(unit + 1);
+  if (unit >= 0x14A && unit <= 0x177 && (unit & 1) == 0)
+    return static_cast<unsigned short>(unit + 1);
+  return unit;
 }
 
 bool Glob(const unsigned short* p, std::size_t pn, const unsigned short* s, std::size_t sn) {

@@ -52,8 +52,20 @@ std::vector<PathRow> LoadTable() {
 }
 
 enum Column {
-  kPath, kDrive, kFolder, kName, kExt, kFileName, kFolderName, kFullFolder, kRoot,
-  kRemoveBackslash, kRemoveExtension, kAddBackslash, kNormalized, kColumns
+  kPath,
+  kDrive,
+  kFolder,
+  kName,
+  kExt,
+  kFileName,
+  kFolderName,
+  kFullFolder,
+  kRoot,
+  kRemoveBackslash,
+  kRemoveExtension,
+  kAddBackslash,
+  kNormalized,
+  kColumns
 };
 
 }  // namespace
@@ -230,6 +242,11 @@ TEST(LongPathPrefix, RemovePathNormalizationCases) {
   EXPECT_EQ(PU::RemovePathNormalization(u"C:\\x"_u16), u"C:\\x"_u16);
 }
 
+TEST(LongPathPrefix, RelativePathStartingWithUncDoesNotRoundTrip) {
+  EXPECT_EQ(PU::ToNormalizedPath(u"UNC\\x"_u16), u"\\\\?\\UNC\\x"_u16);
+  EXPECT_EQ(PU::RemovePathNormalization(PU::ToNormalizedPath(u"UNC\\x"_u16)), u"\\\\x"_u16);
+}
+
 TEST(LongPathPrefix, IsNormalizedPathIsFalseForEveryInput) {
   EXPECT_EQ(PU::IsNormalizedPath(UTF16String()), 0);
   EXPECT_EQ(PU::IsNormalizedPath(u"C:\\x"_u16), 0);
@@ -321,7 +338,8 @@ TEST(PathNarrow, SplitPathIntoBuffers) {
 
 TEST(FileLayerExceptions, WhatTextsAreFixed) {
   EXPECT_STREQ(TOV::TOVException().what(), "class TOV::TOVException");
-  EXPECT_STREQ(Halyard::TOVFileUtilsException().what(), "TOVFileUtilsException : Unknown exception");
+  EXPECT_STREQ(Halyard::TOVFileUtilsException().what(),
+               "TOVFileUtilsException : Unknown exception");
   EXPECT_STREQ(Halyard::TOVNotAValidFolderPathException().what(),
                "TOVFileUtilsException: Folder path is not valid");
   EXPECT_STREQ(PU::PathUtilsException().what(), "PathUtilsException : Unknown exception");
