@@ -242,6 +242,11 @@ TEST(LongPathPrefix, RemovePathNormalizationCases) {
   EXPECT_EQ(PU::RemovePathNormalization(u"C:\\x"_u16), u"C:\\x"_u16);
 }
 
+TEST(LongPathPrefix, RelativePathStartingWithUncDoesNotRoundTrip) {
+  EXPECT_EQ(PU::ToNormalizedPath(u"UNC\\x"_u16), u"\\\\?\\UNC\\x"_u16);
+  EXPECT_EQ(PU::RemovePathNormalization(PU::ToNormalizedPath(u"UNC\\x"_u16)), u"\\\\x"_u16);
+}
+
 TEST(LongPathPrefix, IsNormalizedPathIsFalseForEveryInput) {
   EXPECT_EQ(PU::IsNormalizedPath(UTF16String()), 0);
   EXPECT_EQ(PU::IsNormalizedPath(u"C:\\x"_u16), 0);
