@@ -1,4 +1,4 @@
-// tovfoundation files subsystem: path text, file specifications, folders and
+// tovfoundation files subsystem: path text, file specs (CFileSpec), folders and
 // their listings, temporary and automatic names, file search.
 //
 // Paths are spelled the Windows way on every platform: backslash separators,
@@ -509,7 +509,7 @@ class TOV_API Folder {
   std::string mPath;
 };
 
-// The older file specification: an inert shell kept for its interface. Every
+// The older file spec class: an inert shell kept for its interface. Every
 // object holds the empty path whatever it was made from, and its accessors
 // answer "". Do not complete it.
 class TOV_API CFileSpec {

@@ -1,11 +1,10 @@
 // Shared helpers of the files tests.
 #include "files/files_support.h"
 
+#include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
