@@ -706,6 +706,10 @@ Timecode::~Timecode() { delete mImpl; }
 
 Time Timecode::GetTime() const { return mImpl->PublicTime(); }
 
+FrameRate Timecode::GetFormatFrameRate(std::uint32_t format, FrameRate own) {
+  return FormatRate(format, own);
+}
+
 FrameRate Timecode::GetFrameRate() const { return mImpl->mFrameRate; }
 
 std::uint32_t Timecode::GetFormat() const { return mImpl->mFormat; }

@@ -472,6 +472,11 @@ class TOV_API Timecode {
   Time GetTime() const;
   // The rate as given, not the format's nominal rate.
   FrameRate GetFrameRate() const;
+  // The rate a format counts at: its nominal rate (kTimecodeFormat_2997DropFrame
+  // ⇒ kFrameRate_VideoNTSC, kTimecodeFormat_Milliseconds ⇒ 1000 per second), or
+  // `own` for the formats that count at the caller's rate (frames, feet and
+  // frames, own rate). An unknown format gives FrameRate() (no rate).
+  static FrameRate GetFormatFrameRate(std::uint32_t format, FrameRate own);
   std::uint32_t GetFormat() const;
   Style GetStyle() const;
   // The text of the stored time.

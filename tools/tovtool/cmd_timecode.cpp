@@ -55,34 +55,6 @@ std::uint32_t ParseFormat(const std::string& text) {
   throw tovtool::UsageError("unknown format '" + text + "'");
 }
 
-// The rate a format imposes; `own` for the formats that count at the given rate.
-FrameRate NominalRate(std::uint32_t format, FrameRate own) {
-  switch (format) {
-    case TOV::kTimecodeFormat_24:
-      return FR::kFrameRate_Film24;
-    case TOV::kTimecodeFormat_25:
-      return FR::kFrameRate_VideoPAL;
-    case TOV::kTimecodeFormat_2997DropFrame:
-    case TOV::kTimecodeFormat_2997NonDrop:
-      return FR::kFrameRate_VideoNTSC;
-    case TOV::kTimecodeFormat_30:
-      return FR::kFrameRate_Video30;
-    case TOV::kTimecodeFormat_50:
-      return FR::kFrameRate_VideoPAL_HD;
-    case TOV::kTimecodeFormat_5994DropFrame:
-    case TOV::kTimecodeFormat_5994NonDrop:
-      return FR::kFrameRate_VideoNTSC_HD;
-    case TOV::kTimecodeFormat_60:
-      return FR::kFrameRate_Video60;
-    case TOV::kTimecodeFormat_23976:
-      return FR::kFrameRate_23976;
-    case TOV::kTimecodeFormat_Milliseconds:
-      return FrameRate(1000.0);
-    default:
-      return own;
-  }
-}
-
 FrameRate ParseRate(const std::string& text) {
   if (text == "2997" || text == "ntsc") return FR::kFrameRate_VideoNTSC;
   if (text == "5994" || text == "ntschd") return FR::kFrameRate_VideoNTSC_HD;
@@ -124,7 +96,7 @@ int RunTimecode(const tovtool::Args& input) {
   const std::uint32_t format = ParseFormat(tovtool::TakeOption(args, "format").value_or("2997df"));
   const auto rateText = tovtool::TakeOption(args, "rate");
   const FrameRate own = rateText ? ParseRate(*rateText) : FR::kFrameRate_Film24;
-  const FrameRate rate = rateText ? own : NominalRate(format, own);
+  const FrameRate rate = rateText ? own : Timecode::GetFormatFrameRate(format, own);
   Timecode::Style style;
   style.showHours = tovtool::TakeFlag(args, "hide-hours") ? 0 : 1;
   style.noLeadingZeros = tovtool::TakeFlag(args, "no-leading-zeros");
@@ -141,7 +113,7 @@ int RunTimecode(const tovtool::Args& input) {
   if (inputs != 1)
     throw tovtool::UsageError("give exactly one of TEXT, --frames, --seconds, --ticks");
 
-  const FrameRate countRate = NominalRate(format, rate);
+  const FrameRate countRate = Timecode::GetFormatFrameRate(format, rate);
   Timecode tc(Time(), rate, format, style);
   if (frames) {
     tc.SetTime(Time(tovtool::ParseInteger(*frames, "--frames"), countRate));
