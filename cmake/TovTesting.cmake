@@ -1,8 +1,17 @@
 # GoogleTest suites: one executable per subsystem, every test labelled with its
 # subsystem so `ctest -L text` runs one of them.
-find_package(GTest CONFIG QUIET)
-if(NOT GTest_FOUND)
-  find_package(GTest REQUIRED)
+if(CMAKE_CROSSCOMPILING)
+  # The host's GoogleTest libraries are built for the host: build the target's
+  # from the sources Debian ships in /usr/src/googletest (package googletest).
+  set(TOV_GOOGLETEST_SOURCE_DIR /usr/src/googletest CACHE PATH "GoogleTest sources for the target")
+  set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+  set(BUILD_GMOCK ON CACHE BOOL "" FORCE)
+  add_subdirectory(${TOV_GOOGLETEST_SOURCE_DIR} ${CMAKE_BINARY_DIR}/_deps/googletest EXCLUDE_FROM_ALL)
+else()
+  find_package(GTest CONFIG QUIET)
+  if(NOT GTest_FOUND)
+    find_package(GTest REQUIRED)
+  endif()
 endif()
 include(GoogleTest)
 
