@@ -2,7 +2,7 @@
 #   make test   set up, build the dev configuration and run every test
 #   make demo   set up, build and run the tool's end-to-end demo
 #   make test-windows  cross-build for Windows x64 and run every test under Wine
-.PHONY: all deps build test demo test-asan test-tsan test-windows format clean
+.PHONY: all deps build test demo test-asan test-tsan test-install test-windows format clean
 
 PRESET ?= dev
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
@@ -27,10 +27,16 @@ test-asan: deps
 	cmake --build --preset asan -j $(JOBS)
 	ctest --preset asan
 
+# The subsystems with locks (station registry, stream states, automatic names,
+# registrar, metadata list, events) under ThreadSanitizer.
+TSAN_SUITES := messaging streams files foundation
 test-tsan: deps
 	cmake --preset tsan
-	cmake --build --preset tsan -j $(JOBS)
-	ctest --preset tsan
+	cmake --build --preset tsan -j $(JOBS) --target $(addprefix tovtests_,$(TSAN_SUITES))
+	ctest --preset tsan -L '$(subst $(eval) ,|,$(TSAN_SUITES))'
+
+test-install: build
+	ctest --preset $(PRESET) -L install
 
 test-windows:
 	@bash scripts/install-deps --windows
@@ -47,7 +53,7 @@ clean:
 # make fuzz TARGET=name SECONDS=n: runs one libFuzzer target on its seed corpus.
 TARGET ?=
 SECONDS ?= 60
-.PHONY: fuzz fuzz-build bench
+.PHONY: fuzz fuzz-build fuzz-smoke bench
 fuzz-build:
 	@bash scripts/install-deps --fuzz
 	cmake --preset fuzz
@@ -58,6 +64,10 @@ fuzz: fuzz-build
 	mkdir -p build/fuzz/corpus/$(TARGET)
 	build/fuzz/bin/fuzz_$(TARGET) -max_total_time=$(SECONDS) -print_final_stats=1 \
 	  build/fuzz/corpus/$(TARGET) fuzz/corpus/$(TARGET)
+
+# Every fuzz target for SECONDS on its committed seed corpus, two at a time.
+fuzz-smoke: fuzz-build
+	bash scripts/fuzz-smoke build/fuzz $(SECONDS)
 
 bench:
 	@bash scripts/install-deps --bench

@@ -22,6 +22,12 @@ function(tov_add_test_suite subsystem)
   cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*_test.cpp
                                       ${CMAKE_CURRENT_SOURCE_DIR}/*_support.cpp)
+  # Tests of one OS backend are named *_posix_test.cpp or *_win32_test.cpp.
+  if(WIN32)
+    list(FILTER sources EXCLUDE REGEX "_posix_test\\.cpp$")
+  else()
+    list(FILTER sources EXCLUDE REGEX "_win32_test\\.cpp$")
+  endif()
   if(NOT sources)
     return()
   endif()

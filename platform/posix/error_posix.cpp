@@ -15,12 +15,12 @@ namespace {
 thread_local std::uint32_t tLastError = 0;
 
 bool ParentFolderExists(const std::string& path) {
-  std::string parent = path;
-  while (!parent.empty() && parent.back() == '/') parent.pop_back();
-  const auto slash = parent.find_last_of('/');
-  if (slash == std::string::npos) parent = ".";
-  else if (slash == 0) parent = "/";
-  else parent.resize(slash);
+  std::size_t end = path.size();
+  while (end > 0 && path[end - 1] == '/') --end;
+  const std::size_t slash = end == 0 ? std::string::npos : path.rfind('/', end - 1);
+  const std::string parent = slash == std::string::npos ? std::string(1, '.')
+                             : slash == 0                ? std::string(1, '/')
+                                                         : path.substr(0, slash);
   struct stat st {};
   return ::stat(parent.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }

@@ -1,0 +1,76 @@
+// OS layer: text in the system's encodings, and the system's error messages.
+//
+// Three services, each shaped like the Windows call it stands for:
+// - MultiByteToWideChar: the system code page ⇒ UTF-16;
+// - MultiByteToUTF16 / UTF16ToMultiByte / MaxMultiByteLength: the C runtime's
+//   mbstowcs / wcstombs / MB_CUR_MAX with UTF-16 on the wide side, in the
+//   calling thread's current LC_CTYPE (uselocale or setlocale);
+// - FormatSystemMessage: FormatMessageW for a system error code.
+// Failures leave a Windows error code as the thread's last error (error.h).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "basalt/strings.h"
+
+namespace tov::platform {
+
+// Windows error codes only these services report.
+inline constexpr std::uint32_t kErrorInvalidFlags = 1004;
+inline constexpr std::uint32_t kErrorNoUnicodeTranslation = 1113;
+inline constexpr std::uint32_t kErrorMrMidNotFound = 317;
+
+// Code pages MultiByteToWideChar accepts.
+inline constexpr std::uint32_t kCodePageAnsi = 0;  // the system's 8-bit code page
+inline constexpr std::uint32_t kCodePageUTF8 = 65001;
+
+// Windows: MultiByteToWideChar(codePage, flags, text, length, out, outCount).
+// Converts `length` bytes of `text` (-1: up to and including its NUL) into
+// UTF-16. With outCount 0 it only measures. Returns the number of code units
+// written (or needed), the NUL included when it was part of the input; 0 on
+// failure. On POSIX the ANSI code page is UTF-8; ill-formed bytes become U+FFFD.
+// Failures: null text or length 0 / below -1 ⇒ kErrorInvalidParameter; a code
+// page other than kCodePageAnsi and kCodePageUTF8 ⇒ kErrorInvalidParameter;
+// flags other than 0 ⇒ kErrorInvalidFlags; outCount too small ⇒
+// kErrorInsufficientBuffer (out holds the first outCount units).
+std::int32_t MultiByteToWideChar(std::uint32_t codePage, std::uint32_t flags, const char* text,
+                                 std::int32_t length, unsigned short* out, std::int32_t outCount);
+
+// The value the multibyte conversions answer on failure, (size_t)-1.
+inline constexpr std::size_t kMultiByteError = static_cast<std::size_t>(-1);
+
+// The C runtime's mbstowcs with UTF-16 as the wide form. Converts the
+// NUL-terminated multibyte `text` in the current LC_CTYPE. With out == nullptr
+// measures the whole text and ignores `count`; otherwise writes at most `count`
+// code units (never half a surrogate pair) and the NUL when it fits. Returns
+// the number of code units converted, the NUL not counted; kMultiByteError for
+// an invalid sequence (last error kErrorNoUnicodeTranslation). In a locale
+// whose codeset is ASCII ("C", "POSIX") bytes 0x80–0xFF give U+0080–U+00FF.
+std::size_t MultiByteToUTF16(char16_t* out, const char* text, std::size_t count);
+
+// The C runtime's wcstombs with UTF-16 as the wide form. Converts the
+// NUL-terminated UTF-16 `text` into the current LC_CTYPE's multibyte form.
+// With out == nullptr measures the whole text and ignores `count`; otherwise
+// writes at most `count` bytes (never part of a character) and the NUL when it
+// fits. Returns the number of bytes written, the NUL not counted;
+// kMultiByteError when a character cannot be represented (an unpaired
+// surrogate, or above U+00FF in an ASCII-codeset locale), last error
+// kErrorNoUnicodeTranslation.
+std::size_t UTF16ToMultiByte(char* out, const char16_t* text, std::size_t count);
+
+// The C runtime's MB_CUR_MAX: the most bytes one character takes in the
+// current LC_CTYPE.
+std::size_t MaxMultiByteLength();
+
+// Windows: FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER |
+// FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS (0x1300), nullptr,
+// code, languageId, …) followed by LocalFree of the system's buffer. Stores the
+// system's text for `code`, unchanged, in `text` and returns its length in code
+// units; 0 when the system has no text (last error kErrorMrMidNotFound), `text`
+// then emptied. On POSIX the known codes are those MapErrno produces
+// (posix_support.h): each maps back to its errno, the text is the "C"-locale
+// strerror text and "\r\n"; `languageId` is ignored there.
+std::uint32_t FormatSystemMessage(std::uint32_t code, std::uint32_t languageId, UTF16String& text);
+
+}  // namespace tov::platform

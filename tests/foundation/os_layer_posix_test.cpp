@@ -1,0 +1,105 @@
+// The OS layer's shared rules: errno ⇒ Windows error codes, path spelling,
+// environment.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+
+#include "basalt/strings.h"
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/posix/posix_support.h"
+#include "platform/system.h"
+
+using namespace basalt::literals;
+namespace platform = tov::platform;
+
+namespace {
+
+TEST(OsLayerErrors, EnoentSaysFileNotFoundWhenTheParentExists) {
+  char folder[] = "/tmp/tov-oslayer-XXXXXX";
+  ASSERT_NE(::mkdtemp(folder), nullptr);
+  const std::string missingFile = std::string(folder) + "/missing.txt";
+  const std::string missingParent = std::string(folder) + "/nope/missing.txt";
+  EXPECT_EQ(platform::posix::MapErrno(ENOENT, platform::ExistsAs::kAlreadyExists, missingFile),
+            platform::kErrorFileNotFound);
+  EXPECT_EQ(platform::posix::MapErrno(ENOENT, platform::ExistsAs::kAlreadyExists, missingParent),
+            platform::kErrorPathNotFound);
+  ::rmdir(folder);
+}
+
+TEST(OsLayerErrors, EexistDependsOnTheOperation) {
+  EXPECT_EQ(platform::posix::MapErrno(EEXIST, platform::ExistsAs::kFileExists), 80u);
+  EXPECT_EQ(platform::posix::MapErrno(EEXIST, platform::ExistsAs::kAlreadyExists), 183u);
+}
+
+TEST(OsLayerErrors, TableRows) {
+  struct Row {
+    int error;
+    std::uint32_t expected;
+  } rows[] = {
+      {ENOTDIR, 3},  {EACCES, 5},      {EPERM, 5},   {EISDIR, 5},  {ENOSPC, 112},
+      {ENAMETOOLONG, 206}, {EWOULDBLOCK, 32}, {EBADF, 6}, {EINVAL, 87}, {ENOTEMPTY, 145},
+      {EXDEV, 17},   {ENOMEM, 8},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.error);
+    EXPECT_EQ(platform::posix::MapErrno(row.error), row.expected);
+  }
+}
+
+TEST(OsLayerErrors, AFailureNeverMapsToZero) {
+  for (int error = 1; error < 200; ++error) {
+    SCOPED_TRACE(error);
+    EXPECT_NE(platform::posix::MapErrno(error), 0u);
+  }
+}
+
+TEST(OsLayerErrors, LastErrorIsPerThread) {
+  platform::SetLastError(5);
+  EXPECT_EQ(platform::GetLastError(), 5u);
+  platform::posix::SetLastErrorFromErrno(ENOSPC);
+  EXPECT_EQ(platform::GetLastError(), 112u);
+  platform::SetLastError(0);
+}
+
+TEST(OsLayerPaths, NativeSpellingUsesSlashesAndDropsTheLongPathPrefix) {
+  EXPECT_EQ(platform::ToNativeSpelling(u"\\tmp\\a\\b.txt"_u16), u"/tmp/a/b.txt"_u16);
+  EXPECT_EQ(platform::ToNativeSpelling(u"\\\\?\\C:\\x"_u16), u"C:/x"_u16);
+  EXPECT_EQ(platform::ToNativeSpelling(u"\\\\?\\UNC\\server\\share\\x"_u16),
+            u"//server/share/x"_u16);
+  EXPECT_EQ(platform::ToNativeSpelling(u"relative/mixed\\path"_u16), u"relative/mixed/path"_u16);
+  EXPECT_EQ(platform::ToNativeSpelling(u""_u16), u""_u16);
+}
+
+TEST(OsLayerPaths, PathsFromTheSystemComeBackWithBackslashes) {
+  EXPECT_EQ(platform::FromNativeSpelling(u"/opt/app-1.2/bin/tovtool"_u16),
+            u"\\opt\\app-1.2\\bin\\tovtool"_u16);
+  EXPECT_EQ(platform::posix::NativePath(u"\\tmp\\Grüße"_u16), "/tmp/Gr\xC3\xBC\xC3\x9F" "e");
+  EXPECT_EQ(platform::posix::LibraryPath("/tmp/Gr\xC3\xBC\xC3\x9F" "e"), u"\\tmp\\Grüße"_u16);
+}
+
+TEST(OsLayerEnvironment, ReadsSetVariablesAndReportsMissingOnes) {
+  ::setenv("TOV_OSLAYER_TEST", "wert\xC3\xA4", 1);
+  const auto value = platform::GetEnvVar(u"TOV_OSLAYER_TEST"_u16);
+  ASSERT_TRUE(value.has_value());
+  EXPECT_EQ(*value, u"wertä"_u16);
+  ::unsetenv("TOV_OSLAYER_TEST");
+  platform::SetLastError(0);
+  EXPECT_FALSE(platform::GetEnvVar(u"TOV_OSLAYER_TEST"_u16).has_value());
+  EXPECT_EQ(platform::GetLastError(), platform::kErrorEnvVarNotFound);
+}
+
+TEST(OsLayerSystem, TickCountIsMonotonicMilliseconds) {
+  const std::uint32_t before = platform::TickCountMs();
+  ::usleep(20000);
+  const std::uint32_t elapsed = platform::TickCountMs() - before;
+  EXPECT_GE(elapsed, 19u);
+  EXPECT_LT(elapsed, 2000u);
+  EXPECT_EQ(platform::CurrentProcessId(), static_cast<std::uint32_t>(::getpid()));
+}
+
+}  // namespace
