@@ -1,0 +1,765 @@
+// POSIX backend of the OS layer: the file system outside of open files.
+// Only code that works on every POSIX system belongs here; Linux-only calls
+// (statx, renameat2, /proc/self/exe) are guarded and have portable fallbacks.
+#include <dirent.h>
+#include <fcntl.h>
+#include <limits.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <ctime>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "basalt/utf.h"
+#include "platform/error.h"
+#include "platform/fs.h"
+#include "platform/posix/posix_support.h"
+#include "platform/system.h"
+
+namespace tov::platform {
+
+namespace {
+
+using posix::LibraryPath;
+using posix::NativePath;
+using posix::SetLastErrorFromErrno;
+
+// Seconds between 1601-01-01 and 1970-01-01.
+constexpr std::uint64_t kEpochDifference = 11644473600ull;
+
+std::uint64_t ToFileTime(std::int64_t seconds, std::uint32_t nanoseconds) {
+  // Wraps through unsigned arithmetic for times before 1601.
+  return (static_cast<std::uint64_t>(seconds) + kEpochDifference) * 10000000ull +
+         nanoseconds / 100u;
+}
+
+std::string BaseName(const std::string& native) {
+  std::string trimmed = native;
+  while (trimmed.size() > 1 && trimmed.back() == '/') trimmed.pop_back();
+  const auto slash = trimmed.find_last_of('/');
+  return slash == std::string::npos ? trimmed : trimmed.substr(slash + 1);
+}
+
+std::string ParentOf(const std::string& native) {
+  std::string trimmed = native;
+  while (trimmed.size() > 1 && trimmed.back() == '/') trimmed.pop_back();
+  const auto slash = trimmed.find_last_of('/');
+  if (slash == std::string::npos) return ".";
+  if (slash == 0) return "/";
+  return trimmed.substr(0, slash);
+}
+
+std::uint32_t AttributesFromStat(const struct stat& st, const std::string& name) {
+  std::uint32_t attributes = 0;
+  if (S_ISDIR(st.st_mode)) attributes |= kFileAttributeDirectory;
+  if ((st.st_mode & S_IWUSR) == 0) attributes |= kFileAttributeReadOnly;
+  if (!name.empty() && name[0] == '.' && name != "." && name != "..") {
+    attributes |= kFileAttributeHidden;
+  }
+  if (attributes == 0) attributes = kFileAttributeNormal;
+  return attributes;
+}
+
+bool StatFollowing(const std::string& native, struct stat* st) {
+  if (::stat(native.c_str(), st) == 0) return true;
+  const int error = errno;
+  if (::lstat(native.c_str(), st) == 0) return true;  // a dangling link is still an entry
+  errno = error;
+  return false;
+}
+
+}  // namespace
+
+// --- attributes -------------------------------------------------------------
+
+std::uint32_t GetFileAttributes(const UTF16String& path) {
+  const std::string native = NativePath(path);
+  if (native.empty()) {
+    SetLastError(kErrorPathNotFound);
+    return kInvalidFileAttributes;
+  }
+  struct stat st {};
+  if (!StatFollowing(native, &st)) {
+    SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, native);
+    return kInvalidFileAttributes;
+  }
+  return AttributesFromStat(st, BaseName(native));
+}
+
+bool GetFileAttributesEx(const UTF16String& path, FileAttributeData* data) {
+  const std::string native = NativePath(path);
+  if (native.empty()) {
+    SetLastError(kErrorPathNotFound);
+    return false;
+  }
+  struct stat st {};
+  if (!StatFollowing(native, &st)) {
+    SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, native);
+    return false;
+  }
+  data->attributes = AttributesFromStat(st, BaseName(native));
+  data->size = S_ISDIR(st.st_mode) ? 0 : static_cast<std::uint64_t>(st.st_size);
+  data->lastAccessTime =
+      ToFileTime(st.st_atim.tv_sec, static_cast<std::uint32_t>(st.st_atim.tv_nsec));
+  data->lastWriteTime =
+      ToFileTime(st.st_mtim.tv_sec, static_cast<std::uint32_t>(st.st_mtim.tv_nsec));
+  data->creationTime = data->lastWriteTime;
+#if defined(STATX_BTIME)
+  struct statx sx {};
+  if (::statx(AT_FDCWD, native.c_str(), 0, STATX_BTIME, &sx) == 0 &&
+      (sx.stx_mask & STATX_BTIME) != 0) {
+    data->creationTime = ToFileTime(sx.stx_btime.tv_sec, sx.stx_btime.tv_nsec);
+  }
+#endif
+  return true;
+}
+
+// --- folders ----------------------------------------------------------------
+
+std::uint32_t CreateDirectoryWithParents(const UTF16String& path) {
+  const std::string native = NativePath(path);
+  auto fail = [](std::uint32_t code) {
+    SetLastError(code);
+    return code;
+  };
+  if (native.empty() || native[0] != '/') return fail(kErrorBadPathname);
+  struct stat st {};
+  if (::stat(native.c_str(), &st) == 0) {
+    return fail(S_ISDIR(st.st_mode) ? kErrorAlreadyExists : kErrorFileExists);
+  }
+  // Create each level in turn, from the first missing one down.
+  std::size_t pos = 1;
+  while (pos <= native.size()) {
+    std::size_t slash = native.find('/', pos);
+    if (slash == std::string::npos) slash = native.size();
+    const std::string level = native.substr(0, slash);
+    pos = slash + 1;
+    if (level.empty() || level.back() == '/') continue;
+    if (::mkdir(level.c_str(), 0777) != 0) {
+      const int error = errno;
+      if (error == EEXIST && ::stat(level.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) continue;
+      if (error == EEXIST) return fail(kErrorPathNotFound);  // a file stands in the way
+      SetLastErrorFromErrno(error, ExistsAs::kAlreadyExists, level);
+      return GetLastError();
+    }
+  }
+  SetLastError(kErrorSuccess);
+  return kErrorSuccess;
+}
+
+// --- enumeration ------------------------------------------------------------
+
+namespace {
+
+// Case folding of the name matcher, independent of the locale as on
+// Windows: ASCII, Latin-1, Latin Extended-A, Greek and Cyrillic capitals.
+unsigned short FoldCase(unsigned short unit) {
+  if (unit < 0x80)
+    return (unit >= 'A' && unit <= 'Z') ? static_cast<unsigned short>(unit + 32) : unit;
+  if ((unit >= 0xC0 && unit <= 0xDE && unit != 0xD7) ||
+      (unit >= 0x391 && unit <= 0x3AB && unit != 0x3A2) || (unit >= 0x410 && unit <= 0x42F)) {
+    return static_cast<unsigned short>(unit + 0x20);
+  }
+  if (unit >= 0x400 && unit <= 0x40F) return static_cast<unsigned short>(unit + 0x50);
+  if (unit >= 0x100 && unit <= 0x137 && (unit & 1) == 0)
+    return static_cast<unsigned short>(unit + 1);
+  if (unit >= 0x139 && unit <= 0x148 && (unit & 1) == 1)
+    return static_cast<unsigned short>(unit + 1);
+  if (unit >= 0x14A && unit <= 0x177 && (unit & 1) == 0)
+    return static_cast<unsigned short>(unit + 1);
+  return unit;
+}
+
+bool Glob(const unsigned short* p, std::size_t pn, const unsigned short* s, std::size_t sn) {
+  std::size_t pi = 0, si = 0, starP = SIZE_MAX, starS = 0;
+  while (si < sn) {
+    if (pi < pn && (p[pi] == '?' || FoldCase(p[pi]) == FoldCase(s[si]))) {
+      ++pi;
+      ++si;
+    } else if (pi < pn && p[pi] == '*') {
+      starP = pi++;
+      starS = si;
+    } else if (starP != SIZE_MAX) {
+      pi = starP + 1;
+      si = ++starS;
+    } else {
+      return false;
+    }
+  }
+  while (pi < pn && p[pi] == '*') ++pi;
+  return pi == pn;
+}
+
+struct FindState {
+  DIR* dir = nullptr;
+  std::string folder;  // native, ends in '/'
+  UTF16String pattern;
+  bool matchAll = false;
+};
+
+bool NextEntry(FindState* state, FindData* data) {
+  for (;;) {
+    errno = 0;
+    const struct dirent* entry = ::readdir(state->dir);
+    if (entry == nullptr) {
+      SetLastError(errno == 0 ? kErrorNoMoreFiles : posix::MapErrno(errno));
+      return false;
+    }
+    UTF16String name = basalt::UTF8to16(entry->d_name);
+    if (!state->matchAll && !MatchesPattern(state->pattern, name)) continue;
+    std::uint32_t attributes = 0;
+    switch (entry->d_type) {
+      case DT_DIR:
+        attributes = kFileAttributeDirectory;
+        break;
+      case DT_REG:
+        attributes = kFileAttributeNormal;
+        break;
+      default: {
+        struct stat st {};
+        const bool known = StatFollowing(state->folder + entry->d_name, &st);
+        attributes = known && S_ISDIR(st.st_mode) ? kFileAttributeDirectory : kFileAttributeNormal;
+      }
+    }
+    const std::string_view raw(entry->d_name);
+    if (raw[0] == '.' && raw != "." && raw != "..") {
+      attributes = (attributes & ~kFileAttributeNormal) | kFileAttributeHidden;
+    }
+    data->attributes = attributes;
+    data->name = std::move(name);
+    return true;
+  }
+}
+
+}  // namespace
+
+bool MatchesPattern(const UTF16String& pattern, const UTF16String& name) {
+  if (Glob(pattern.data(), pattern.size(), name.data(), name.size())) return true;
+  const bool nameHasDot = name.find('.') != UTF16String::npos;
+  const std::size_t n = pattern.size();
+  // "x.*" also matches "x"; "*.*" therefore matches every name.
+  if (n >= 2 && pattern[n - 2] == '.' && pattern[n - 1] == '*') {
+    if (Glob(pattern.data(), n - 2, name.data(), name.size())) return true;
+  }
+  // "x." matches "x" (a name without an extension).
+  if (n >= 2 && pattern[n - 1] == '.' && !nameHasDot) {
+    if (Glob(pattern.data(), n - 1, name.data(), name.size())) return true;
+  }
+  return false;
+}
+
+FindHandle FindFirstFile(const UTF16String& pattern, FindData* data) {
+  std::size_t split = UTF16String::npos;
+  for (std::size_t i = 0; i < pattern.size(); ++i) {
+    if (pattern[i] == '\\' || pattern[i] == '/') split = i;
+  }
+  auto state = std::make_unique<FindState>();
+  UTF16String folderPart;
+  if (split == UTF16String::npos) {
+    state->pattern = pattern;
+  } else {
+    folderPart = pattern.substr(0, split + 1);
+    state->pattern = pattern.substr(split + 1);
+  }
+  if (state->pattern.empty()) {
+    SetLastError(kErrorFileNotFound);
+    return nullptr;
+  }
+  std::string nativeFolder = folderPart.empty() ? std::string("./") : NativePath(folderPart);
+  if (nativeFolder.empty()) nativeFolder = "./";
+  if (nativeFolder.back() != '/') nativeFolder.push_back('/');
+  state->folder = nativeFolder;
+  state->matchAll = state->pattern.size() == 1 && state->pattern[0] == '*';
+  if (state->pattern.size() == 3 && state->pattern[0] == '*' && state->pattern[1] == '.' &&
+      state->pattern[2] == '*') {
+    state->matchAll = true;
+  }
+  state->dir = ::opendir(nativeFolder.c_str());
+  if (state->dir == nullptr) {
+    const int error = errno;
+    SetLastError(error == ENOENT ? kErrorPathNotFound : posix::MapErrno(error));
+    return nullptr;
+  }
+  if (!NextEntry(state.get(), data)) {
+    ::closedir(state->dir);
+    SetLastError(kErrorFileNotFound);
+    return nullptr;
+  }
+  return state.release();
+}
+
+bool FindNextFile(FindHandle handle, FindData* data) {
+  if (handle == nullptr) {
+    SetLastError(kErrorInvalidHandle);
+    return false;
+  }
+  return NextEntry(static_cast<FindState*>(handle), data);
+}
+
+bool FindClose(FindHandle handle) {
+  if (handle == nullptr) {
+    SetLastError(kErrorInvalidHandle);
+    return false;
+  }
+  auto* state = static_cast<FindState*>(handle);
+  ::closedir(state->dir);
+  delete state;
+  return true;
+}
+
+// --- current directory --------------------------------------------------------
+
+std::optional<UTF16String> GetCurrentDirectory() {
+  std::vector<char> buffer(PATH_MAX);
+  while (::getcwd(buffer.data(), buffer.size()) == nullptr) {
+    if (errno != ERANGE) {
+      SetLastErrorFromErrno(errno);
+      return std::nullopt;
+    }
+    buffer.resize(buffer.size() * 2);
+  }
+  return LibraryPath(buffer.data());
+}
+
+bool SetCurrentDirectory(const UTF16String& path) {
+  const std::string native = NativePath(path);
+  if (native.empty() || ::chdir(native.c_str()) != 0) {
+    if (native.empty()) {
+      SetLastError(kErrorPathNotFound);
+    } else {
+      SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, native);
+    }
+    return false;
+  }
+  return true;
+}
+
+// --- free space ---------------------------------------------------------------
+
+namespace {
+FreeSpaceAnswer gFreeSpaceAnswer = nullptr;
+}
+
+void SetFreeSpaceAnswerForTesting(FreeSpaceAnswer answer) { gFreeSpaceAnswer = answer; }
+
+bool GetDiskFreeSpaceEx(const UTF16String& path, std::uint64_t* freeBytesAvailable) {
+  if (gFreeSpaceAnswer != nullptr) return gFreeSpaceAnswer(path, freeBytesAvailable);
+  const std::string native = NativePath(path);
+  if (native.empty()) {
+    SetLastError(kErrorPathNotFound);
+    return false;
+  }
+  struct statvfs vfs {};
+  if (::statvfs(native.c_str(), &vfs) != 0) {
+    const int error = errno;
+    SetLastError(error == ENOENT ? kErrorPathNotFound : posix::MapErrno(error));
+    return false;
+  }
+  *freeBytesAvailable =
+      static_cast<std::uint64_t>(vfs.f_bavail) * static_cast<std::uint64_t>(vfs.f_frsize);
+  return true;
+}
+
+// --- temporary names ------------------------------------------------------------
+
+UTF16String GetTempPath() {
+  const char* value = std::getenv("TMPDIR");
+  std::string native = (value != nullptr && value[0] != 0) ? value : "/tmp";
+  UTF16String path = LibraryPath(native);
+  if (path.empty() || path.back() != '\\') path.push_back('\\');
+  return path;
+}
+
+namespace {
+// Creates an empty file that must not exist yet; false with the last error set.
+bool CreateNewEmpty(const UTF16String& path) {
+  const FileHandle file =
+      CreateFile(path, kGenericWrite, kFileShareRead, kCreateNew, kFileAttributeNormal);
+  if (!file.IsOpen()) return false;
+  CloseHandle(file);
+  return true;
+}
+}  // namespace
+
+std::uint32_t GetTempFileName(const UTF16String& folder, const UTF16String& prefix,
+                              UTF16String* out) {
+  struct stat st {};
+  const std::string nativeFolder = NativePath(folder);
+  if (nativeFolder.empty() || ::stat(nativeFolder.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
+    SetLastError(kErrorDirectory);
+    return 0;
+  }
+  UTF16String base = folder;
+  if (base.back() != '\\' && base.back() != '/') base.push_back('\\');
+  base += prefix.substr(0, 3);
+  std::uint32_t unique = (TickCountMs() ^ CurrentProcessId()) & 0xFFFFu;
+  for (std::uint32_t attempt = 0; attempt < 0xFFFFu; ++attempt) {
+    if (unique == 0) unique = 1;
+    static const char kHex[] = "0123456789ABCDEF";
+    std::string hex;
+    for (std::uint32_t v = unique; v != 0; v >>= 4) hex.insert(hex.begin(), kHex[v & 0xF]);
+    UTF16String candidate = base + basalt::UTF8to16(hex + ".tmp");
+    if (CreateNewEmpty(candidate)) {
+      *out = candidate;
+      return unique;
+    }
+    if (GetLastError() != kErrorFileExists) return 0;
+    unique = (unique + 1) & 0xFFFFu;
+  }
+  SetLastError(kErrorFileExists);
+  return 0;
+}
+
+// --- copy, move, delete -----------------------------------------------------------
+
+namespace {
+
+struct Handle {
+  FileHandle file;
+  ~Handle() {
+    if (file.IsOpen()) CloseHandle(file);
+  }
+};
+
+bool CopyNative(const std::string& source, const std::string& target, CopyProgressRoutine progress,
+                void* data, const int* cancel, bool failIfExists) {
+  struct stat sst {};
+  if (::stat(source.c_str(), &sst) != 0) {
+    SetLastErrorFromErrno(errno, ExistsAs::kFileExists, source);
+    return false;
+  }
+  if (S_ISDIR(sst.st_mode)) {
+    SetLastError(kErrorAccessDenied);
+    return false;
+  }
+  struct stat tst {};
+  if (::stat(target.c_str(), &tst) == 0 && tst.st_dev == sst.st_dev && tst.st_ino == sst.st_ino) {
+    SetLastError(kErrorSharingViolation);  // a file copied onto itself
+    return false;
+  }
+  const UTF16String sourcePath = LibraryPath(source);
+  const UTF16String targetPath = LibraryPath(target);
+  Handle in;
+  in.file =
+      CreateFile(sourcePath, kGenericRead, kFileShareRead, kOpenExisting, kFileFlagSequentialScan);
+  if (!in.file.IsOpen()) return false;
+  Handle out;
+  out.file = CreateFile(targetPath, kGenericWrite, 0, failIfExists ? kCreateNew : kCreateAlways,
+                        kFileFlagSequentialScan);
+  if (!out.file.IsOpen()) return false;
+  (void)::chmod(target.c_str(), sst.st_mode & 07777);
+  auto abandon = [&](bool removeTarget) {
+    if (removeTarget) {
+      const std::uint32_t error = GetLastError();
+      CloseHandle(out.file);
+      out.file = FileHandle();
+      ::unlink(target.c_str());
+      SetLastError(error);
+    }
+    return false;
+  };
+  const std::uint64_t total = static_cast<std::uint64_t>(sst.st_size);
+  std::uint64_t done = 0;
+  bool quiet = progress == nullptr;
+  auto ask = [&](std::uint32_t reason) -> bool {
+    if (quiet) return true;
+    const std::uint32_t answer =
+        progress(total, done, total, done, 1, reason, nullptr, nullptr, data);
+    if (answer == 3) quiet = true;
+    if (answer == 1 || answer == 2) {
+      SetLastError(kErrorRequestAborted);
+      abandon(answer == 1);
+      return false;
+    }
+    return true;
+  };
+  if (!ask(1)) return false;
+  std::vector<char> buffer(1 << 20);
+  for (;;) {
+    if (cancel != nullptr && *cancel != 0) {
+      SetLastError(kErrorRequestAborted);
+      return abandon(true);
+    }
+    std::uint32_t got = 0;
+    if (!ReadFile(in.file, buffer.data(), static_cast<std::uint32_t>(buffer.size()), &got)) {
+      return abandon(true);
+    }
+    if (got == 0) break;
+    std::uint32_t written = 0;
+    if (!WriteFile(out.file, buffer.data(), got, &written) || written != got) {
+      if (GetLastError() == 0) SetLastError(kErrorWriteFault);
+      return abandon(true);
+    }
+    done += got;
+    if (!ask(0)) return false;
+  }
+  if (!CloseHandle(out.file)) {
+    out.file = FileHandle();
+    return abandon(true);
+  }
+  out.file = FileHandle();
+  SetLastError(kErrorSuccess);
+  return true;
+}
+
+}  // namespace
+
+bool CopyFileEx(const UTF16String& source, const UTF16String& target, CopyProgressRoutine progress,
+                void* data, const int* cancel, bool failIfExists) {
+  const std::string nativeSource = NativePath(source);
+  const std::string nativeTarget = NativePath(target);
+  if (nativeSource.empty() || nativeTarget.empty()) {
+    SetLastError(kErrorPathNotFound);
+    return false;
+  }
+  return CopyNative(nativeSource, nativeTarget, progress, data, cancel, failIfExists);
+}
+
+namespace {
+
+// rename without replacing; errno on failure.
+bool RenameNoReplace(const std::string& from, const std::string& to) {
+#if defined(RENAME_NOREPLACE)
+  if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+  if (errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP) return false;
+#endif
+  struct stat st {};
+  if (::lstat(from.c_str(), &st) != 0) return false;
+  if (!S_ISDIR(st.st_mode)) {
+    if (::link(from.c_str(), to.c_str()) == 0) {
+      ::unlink(from.c_str());
+      return true;
+    }
+    if (errno != EPERM && errno != ENOTSUP && errno != EMLINK) return false;
+  }
+  // No links here: check, then rename (a race with another creator remains).
+  struct stat tst {};
+  if (::lstat(to.c_str(), &tst) == 0) {
+    errno = EEXIST;
+    return false;
+  }
+  return ::rename(from.c_str(), to.c_str()) == 0;
+}
+
+}  // namespace
+
+bool MoveFile(const UTF16String& source, const UTF16String& target) {
+  const std::string from = NativePath(source);
+  const std::string to = NativePath(target);
+  if (from.empty() || to.empty()) {
+    SetLastError(kErrorPathNotFound);
+    return false;
+  }
+  if (RenameNoReplace(from, to)) return true;
+  const int error = errno;
+  if (error != EXDEV) {
+    SetLastErrorFromErrno(error, ExistsAs::kAlreadyExists, error == ENOENT ? from : to);
+    return false;
+  }
+  struct stat st {};
+  if (::lstat(from.c_str(), &st) != 0 || S_ISDIR(st.st_mode)) {
+    SetLastError(kErrorNotSameDevice);
+    return false;
+  }
+  if (!CopyNative(from, to, nullptr, nullptr, nullptr, true)) {
+    if (GetLastError() == kErrorFileExists) SetLastError(kErrorAlreadyExists);
+    return false;
+  }
+  if (::unlink(from.c_str()) != 0) {
+    const int unlinkError = errno;
+    ::unlink(to.c_str());
+    SetLastErrorFromErrno(unlinkError, ExistsAs::kAlreadyExists, from);
+    return false;
+  }
+  return true;
+}
+
+// --- trash ------------------------------------------------------------------------
+
+namespace {
+
+bool MakeFolderChain(const std::string& native, mode_t mode) {
+  std::size_t pos = 1;
+  while (pos <= native.size()) {
+    std::size_t slash = native.find('/', pos);
+    if (slash == std::string::npos) slash = native.size();
+    const std::string level = native.substr(0, slash);
+    pos = slash + 1;
+    if (level.empty() || level.back() == '/') continue;
+    if (::mkdir(level.c_str(), mode) != 0) {
+      struct stat st {};
+      if (errno != EEXIST || ::stat(level.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return false;
+    }
+  }
+  return true;
+}
+
+std::string PercentEncode(const std::string& path) {
+  static const char kHex[] = "0123456789ABCDEF";
+  std::string out;
+  for (unsigned char c : path) {
+    const bool plain = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
+                       c == '-' || c == '_' || c == '.' || c == '~' || c == '/';
+    if (plain) {
+      out.push_back(static_cast<char>(c));
+    } else {
+      out.push_back('%');
+      out.push_back(kHex[c >> 4]);
+      out.push_back(kHex[c & 0xF]);
+    }
+  }
+  return out;
+}
+
+// The nearest existing folder at or above `native`.
+std::string ExistingAncestor(std::string native) {
+  struct stat st {};
+  while (::stat(native.c_str(), &st) != 0) {
+    if (native == "/" || native.empty()) return "/";
+    native = ParentOf(native);
+  }
+  return native;
+}
+
+// The mount point holding `folder` (an existing absolute folder).
+std::string MountPointOf(const std::string& folder) {
+  struct stat st {};
+  if (::stat(folder.c_str(), &st) != 0) return "/";
+  std::string current = folder;
+  while (current != "/") {
+    const std::string parent = ParentOf(current);
+    struct stat pst {};
+    if (::stat(parent.c_str(), &pst) != 0 || pst.st_dev != st.st_dev) break;
+    current = parent;
+  }
+  return current;
+}
+
+std::string AbsoluteOf(const std::string& native) {
+  // The item itself is not resolved (a link is trashed as a link); its folder is.
+  char resolved[PATH_MAX];
+  const std::string parent = ParentOf(native);
+  if (::realpath(parent.c_str(), resolved) == nullptr) return std::string();
+  std::string out = resolved;
+  if (out.back() != '/') out.push_back('/');
+  return out + BaseName(native);
+}
+
+}  // namespace
+
+std::uint32_t MoveToTrash(const UTF16String& path) {
+  auto fail = [](std::uint32_t code) {
+    SetLastError(code);
+    return code;
+  };
+  const std::string native = NativePath(path);
+  if (native.empty()) return fail(kErrorPathNotFound);
+  struct stat item {};
+  if (::lstat(native.c_str(), &item) != 0) {
+    SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, native);
+    return GetLastError();
+  }
+  const std::string absolute = AbsoluteOf(native);
+  if (absolute.empty()) return fail(kErrorPathNotFound);
+
+  // Choose the trash: the home trash on the same file system, else the top
+  // folder's own.
+  std::string dataHome;
+  if (const char* xdg = std::getenv("XDG_DATA_HOME"); xdg != nullptr && xdg[0] == '/') {
+    dataHome = xdg;
+  } else if (const char* home = std::getenv("HOME"); home != nullptr && home[0] == '/') {
+    dataHome = std::string(home) + "/.local/share";
+  }
+  std::string trash;
+  std::string recordedPath = absolute;
+  struct stat dataStat {};
+  if (!dataHome.empty() && ::stat(ExistingAncestor(dataHome).c_str(), &dataStat) == 0 &&
+      dataStat.st_dev == item.st_dev) {
+    trash = dataHome + "/Trash";
+  } else {
+    const std::string top = MountPointOf(ParentOf(absolute));
+    trash = (top == "/" ? std::string() : top) + "/.Trash-" + std::to_string(::getuid());
+    recordedPath = absolute.substr(top == "/" ? 1 : top.size() + 1);
+    struct stat tst {};
+    if (::lstat(trash.c_str(), &tst) == 0 &&
+        (!S_ISDIR(tst.st_mode) || tst.st_uid != ::getuid() || S_ISLNK(tst.st_mode))) {
+      return fail(kErrorAccessDenied);  // not a trash this user may trust
+    }
+  }
+  if (!MakeFolderChain(trash + "/files", 0700) || !MakeFolderChain(trash + "/info", 0700)) {
+    SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, trash);
+    return GetLastError();
+  }
+
+  // The record first, created exclusively under a name free in both folders.
+  const std::string base = BaseName(absolute);
+  std::string name;
+  std::string infoPath;
+  for (unsigned n = 1;; ++n) {
+    if (n > 100000) return fail(kErrorFileExists);
+    name = n == 1 ? base : base + "." + std::to_string(n);
+    infoPath = trash + "/info/" + name + ".trashinfo";
+    const int fd = ::open(infoPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (fd < 0) {
+      if (errno == EEXIST) continue;
+      SetLastErrorFromErrno(errno, ExistsAs::kFileExists, infoPath);
+      return GetLastError();
+    }
+    struct stat existing {};
+    if (::lstat((trash + "/files/" + name).c_str(), &existing) == 0) {
+      ::close(fd);
+      ::unlink(infoPath.c_str());
+      continue;
+    }
+    char date[32];
+    const std::time_t now = std::time(nullptr);
+    struct tm local {};
+    ::localtime_r(&now, &local);
+    std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &local);
+    const std::string record =
+        "[Trash Info]\nPath=" + PercentEncode(recordedPath) + "\nDeletionDate=" + date + "\n";
+    const bool written =
+        ::write(fd, record.data(), record.size()) == static_cast<ssize_t>(record.size());
+    const bool closed = ::close(fd) == 0;
+    if (!written || !closed) {
+      ::unlink(infoPath.c_str());
+      return fail(kErrorWriteFault);
+    }
+    break;
+  }
+  if (!RenameNoReplace(native, trash + "/files/" + name)) {
+    const int error = errno;
+    ::unlink(infoPath.c_str());
+    SetLastErrorFromErrno(error, ExistsAs::kAlreadyExists, native);
+    return GetLastError();
+  }
+  return kErrorSuccess;
+}
+
+// --- the executable ----------------------------------------------------------------
+
+UTF16String GetModuleFileName() {
+  std::vector<char> buffer(PATH_MAX);
+  for (;;) {
+    const ssize_t n = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
+    if (n < 0) {
+      SetLastErrorFromErrno(errno);
+      return {};
+    }
+    if (static_cast<std::size_t>(n) < buffer.size()) {
+      return LibraryPath(std::string(buffer.data(), static_cast<std::size_t>(n)));
+    }
+    buffer.resize(buffer.size() * 2);
+  }
+}
+
+}  // namespace tov::platform

@@ -1,0 +1,92 @@
+// Shared helpers of the files tests.
+#include "files/files_support.h"
+
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include "basalt/utf.h"
+
+namespace files_test {
+
+TempFolder::TempFolder() {
+  const char* tmp = std::getenv("TMPDIR");
+  std::string base = (tmp != nullptr && tmp[0] != 0) ? tmp : TOV_TEST_BINARY_DIR;
+  std::string pattern = base + "/tovfiles-XXXXXX";
+  std::vector<char> buffer(pattern.begin(), pattern.end());
+  buffer.push_back(0);
+  if (::mkdtemp(buffer.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
+  mNative = std::filesystem::canonical(buffer.data()).string();
+}
+
+TempFolder::~TempFolder() {
+  std::error_code ignored;
+  // Make everything writable first so removal cannot stop half-way.
+  std::filesystem::permissions(mNative, std::filesystem::perms::owner_all,
+                               std::filesystem::perm_options::add, ignored);
+  std::filesystem::remove_all(mNative, ignored);
+}
+
+UTF16String TempFolder::Lib() const { return files_test::Lib(mNative); }
+
+UTF16String TempFolder::Lib(const std::string& relative) const {
+  return files_test::Lib(mNative + "/" + relative);
+}
+
+ScopedEnv::ScopedEnv(const char* name, const char* value) : mName(name) {
+  if (const char* old = std::getenv(name)) {
+    mHad = true;
+    mOld = old;
+  }
+  if (value == nullptr) {
+    ::unsetenv(name);
+  } else {
+    ::setenv(name, value, 1);
+  }
+}
+
+ScopedEnv::~ScopedEnv() {
+  if (mHad) {
+    ::setenv(mName.c_str(), mOld.c_str(), 1);
+  } else {
+    ::unsetenv(mName.c_str());
+  }
+}
+
+UTF16String Lib(const std::string& native) {
+  UTF16String out = basalt::UTF8to16(native);
+  for (auto& unit : out) {
+    if (unit == '/') unit = '\\';
+  }
+  return out;
+}
+
+std::string U8(const UTF16String& text) { return basalt::UTF16to8(text); }
+UTF16String U16(const std::string& text) { return basalt::UTF8to16(text); }
+
+void WriteFile(const std::string& native, const std::string& contents) {
+  std::ofstream out(native, std::ios::binary | std::ios::trunc);
+  out << contents;
+  if (!out) throw std::runtime_error("cannot write " + native);
+}
+
+std::string ReadFile(const std::string& native) {
+  std::ifstream in(native, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+void MakeFolder(const std::string& native) { std::filesystem::create_directories(native); }
+
+bool Exists(const std::string& native) {
+  struct stat st {};
+  return ::lstat(native.c_str(), &st) == 0;
+}
+
+}  // namespace files_test
