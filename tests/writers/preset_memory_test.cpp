@@ -1,0 +1,154 @@
+// VIsPresetForThisWriter: presets held in memory, through a temporary file.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "basalt/utf.h"
+#include "tovfoundation/writers.h"
+#include "writers/writers_support.h"
+
+using namespace Halyard;
+using namespace basalt::literals;
+using writers_test::TempFolder;
+
+namespace {
+
+// Points TMPDIR at a folder of the test for its lifetime.
+class ScopedTempDir {
+ public:
+  explicit ScopedTempDir(const std::string& value) {
+    if (const char* old = std::getenv("TMPDIR")) mOld = old;
+    ::setenv("TMPDIR", value.c_str(), 1);
+  }
+  ~ScopedTempDir() {
+    if (mOld)
+      ::setenv("TMPDIR", mOld->c_str(), 1);
+    else
+      ::unsetenv("TMPDIR");
+  }
+
+ private:
+  std::optional<std::string> mOld;
+};
+
+std::size_t Entries(const std::string& folder) {
+  std::size_t count = 0;
+  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder)) ++count;
+  return count;
+}
+
+UTF16String PresetText(std::u16string_view name, bool byteOrderMark) {
+  std::u16string text = byteOrderMark ? u"\xFEFF" : u"";
+  text += u"<Preset><Header WriterFormatName=\"";
+  text += name;
+  text += u"\"/></Preset>";
+  return basalt::ToUTF16(text);
+}
+
+std::uint32_t Decide(const UTF16String& preset, std::u16string_view writer,
+                     unsigned char* isForWriter) {
+  const UTF16String writer16 = basalt::ToUTF16(writer);
+  return VIsPresetForThisWriter(preset.c_str(), static_cast<std::uint32_t>(preset.size()),
+                                writer16.c_str(), isForWriter);
+}
+
+TEST(PresetInMemory, MpegPresetSuitsMpeg2DvdAndRemovesItsFile) {
+  TempFolder folder;
+  ScopedTempDir tmp(folder.Path());
+  unsigned char isForWriter = 9;
+  EXPECT_EQ(Decide(PresetText(u"MPEG", true), u"MPEG2-DVD", &isForWriter), 0u);
+  EXPECT_EQ(isForWriter, 1);
+  EXPECT_EQ(Entries(folder.Path()), 0u);
+}
+
+TEST(PresetInMemory, DecidesWithAndWithoutByteOrderMark) {
+  TempFolder folder;
+  ScopedTempDir tmp(folder.Path());
+  struct Row {
+    const char16_t* name;
+    const char16_t* writer;
+    bool byteOrderMark;
+    unsigned char expected;
+  };
+  const Row rows[] = {
+      {u"MPEG", u"MPEG", false, 1},
+      {u"MPEG", u"WRX | W4X", true, 0},
+      {u"Pellucid Video", u"WRX | W4X", false, 1},
+      {u"WRX | W4X (H.264)", u"WRX | W4X", true, 1},
+      {u"WRX | W4X", u"MPEG2-DVD", false, 0},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(basalt::UTF16to8(basalt::ToUTF16(row.name)) + " / " +
+                 basalt::UTF16to8(basalt::ToUTF16(row.writer)));
+    unsigned char isForWriter = 9;
+    EXPECT_EQ(Decide(PresetText(row.name, row.byteOrderMark), row.writer, &isForWriter), 0u);
+    EXPECT_EQ(isForWriter, row.expected);
+  }
+  EXPECT_EQ(Entries(folder.Path()), 0u);
+}
+
+TEST(PresetInMemory, NoHeaderIsNotFoundAndLeavesFlag) {
+  TempFolder folder;
+  ScopedTempDir tmp(folder.Path());
+  unsigned char isForWriter = 9;
+  const UTF16String preset = u"<Preset WriterFormatName=\"MPEG\"/>"_u16;
+  EXPECT_EQ(Decide(preset, u"MPEG", &isForWriter), TOV::kErrNotFound);
+  EXPECT_EQ(isForWriter, 9);
+  EXPECT_EQ(Entries(folder.Path()), 0u);
+}
+
+TEST(PresetInMemory, EmptyPresetIsNotFound) {
+  TempFolder folder;
+  ScopedTempDir tmp(folder.Path());
+  unsigned char isForWriter = 9;
+  const UTF16String writer = u"MPEG"_u16;
+  EXPECT_EQ(VIsPresetForThisWriter(nullptr, 0, writer.c_str(), &isForWriter), TOV::kErrNotFound);
+  EXPECT_EQ(isForWriter, 9);
+}
+
+TEST(PresetInMemory, MissingTemporaryFolderIsCreated) {
+  TempFolder folder;
+  const std::string missing = folder.File("not/yet");
+  ScopedTempDir tmp(missing);
+  unsigned char isForWriter = 9;
+  EXPECT_EQ(Decide(PresetText(u"MPEG", false), u"MPEG", &isForWriter), 0u);
+  EXPECT_EQ(isForWriter, 1);
+  EXPECT_TRUE(std::filesystem::is_directory(missing));
+  EXPECT_EQ(Entries(missing), 0u);
+}
+
+TEST(PresetInMemory, TemporaryFolderThatCannotBeMadeIsCreateFailed) {
+  TempFolder folder;
+  writers_test::WriteFileBytes(folder.File("plain"), writers_test::Bytes{1});
+  ScopedTempDir tmp(folder.File("plain/sub"));
+  unsigned char isForWriter = 9;
+  EXPECT_EQ(Decide(PresetText(u"MPEG", false), u"MPEG", &isForWriter), TOV::kErrCreateFailed);
+  EXPECT_EQ(isForWriter, 9);
+}
+
+TEST(PresetInMemory, NullArgumentsAreInvalidPointer) {
+  const UTF16String preset = PresetText(u"MPEG", false);
+  const UTF16String writer = u"MPEG"_u16;
+  unsigned char isForWriter = 9;
+  EXPECT_EQ(VIsPresetForThisWriter(nullptr, 4, writer.c_str(), &isForWriter),
+            TOV::kErrInvalidPointer);
+  EXPECT_EQ(VIsPresetForThisWriter(preset.c_str(), 4, nullptr, &isForWriter),
+            TOV::kErrInvalidPointer);
+  EXPECT_EQ(VIsPresetForThisWriter(preset.c_str(), 4, writer.c_str(), nullptr),
+            TOV::kErrInvalidPointer);
+  EXPECT_EQ(isForWriter, 9);
+}
+
+TEST(PresetInMemory, LongNameIsNotFound) {
+  TempFolder folder;
+  ScopedTempDir tmp(folder.Path());
+  unsigned char isForWriter = 9;
+  EXPECT_EQ(Decide(PresetText(std::u16string(300, u'n'), false), u"MPEG", &isForWriter),
+            TOV::kErrNotFound);
+  EXPECT_EQ(isForWriter, 9);
+}
+
+}  // namespace

@@ -1,0 +1,123 @@
+#include "writers/writers_support.h"
+
+#include <stdlib.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+#include "basalt/utf.h"
+
+namespace writers_test {
+
+TempFolder::TempFolder() {
+  std::filesystem::create_directories(TOV_TEST_BINARY_DIR "/tmp");
+  std::string pattern = TOV_TEST_BINARY_DIR "/tmp/writers-XXXXXX";
+  if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
+  mPath = pattern;
+}
+
+TempFolder::~TempFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(mPath, ignored);
+}
+
+UTF16String TempFolder::File16(const std::string& name) const {
+  return basalt::UTF8to16(File(name));
+}
+
+Bytes ReadFileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+void WriteFileBytes(const std::string& path, const Bytes& bytes) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out.write(reinterpret_cast<const char*>(bytes.data()),
+            static_cast<std::streamsize>(bytes.size()));
+}
+
+Bytes Utf16LE(std::u16string_view text, bool byteOrderMark) {
+  Bytes bytes;
+  if (byteOrderMark) Append16(bytes, 0xFEFF);
+  for (const char16_t unit : text) Append16(bytes, static_cast<std::uint16_t>(unit));
+  return bytes;
+}
+
+void Append(Bytes& bytes, std::string_view text) {
+  bytes.insert(bytes.end(), text.begin(), text.end());
+}
+
+void Append16(Bytes& bytes, std::uint16_t value) {
+  bytes.push_back(static_cast<std::uint8_t>(value & 0xFF));
+  bytes.push_back(static_cast<std::uint8_t>(value >> 8));
+}
+
+void Append32(Bytes& bytes, std::uint32_t value) {
+  for (int shift = 0; shift < 32; shift += 8)
+    bytes.push_back(static_cast<std::uint8_t>(value >> shift));
+}
+
+int RunCommand(const std::string& command, std::string& output) {
+  output.clear();
+  std::FILE* pipe = ::popen(command.c_str(), "r");
+  if (pipe == nullptr) return -1;
+  char buffer[4096];
+  std::size_t got = 0;
+  while ((got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) output.append(buffer, got);
+  const int status = ::pclose(pipe);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+namespace {
+std::string Quote(const std::string& text) {
+  std::string quoted = "'";
+  for (const char c : text) {
+    if (c == '\'')
+      quoted += "'\\''";
+    else
+      quoted += c;
+  }
+  return quoted + "'";
+}
+}  // namespace
+
+bool PythonHasModule(const std::string& module, std::string& why) {
+  if (!std::filesystem::exists("/usr/bin/python3")) {
+    why = "/usr/bin/python3 is missing";
+    return false;
+  }
+  std::string output;
+  if (RunCommand("/usr/bin/python3 -c " + Quote("import " + module) + " 2>&1", output) != 0) {
+    why = "/usr/bin/python3 cannot import " + module + ": " + output;
+    return false;
+  }
+  return true;
+}
+
+int RunPython(const std::string& script, const std::vector<std::string>& args,
+              std::string& output) {
+  std::string command = "/usr/bin/python3 -c " + Quote(script);
+  for (const auto& arg : args) command += " " + Quote(arg);
+  return RunCommand(command + " 2>&1", output);
+}
+
+std::string TovtoolPath() { return TOV_TEST_BINARY_DIR "/bin/tovtool"; }
+
+}  // namespace writers_test
+
+namespace writers_test {
+
+std::uint32_t MemoryPort::Write(std::uint32_t pos, std::int32_t count, const void* buffer) {
+  if (count <= 0 || pos >= dropFrom) return 0;
+  const std::size_t end = static_cast<std::size_t>(pos) + static_cast<std::size_t>(count);
+  if (bytes.size() < end) bytes.resize(end);
+  std::memcpy(bytes.data() + pos, buffer, static_cast<std::size_t>(count));
+  return 0;
+}
+
+}  // namespace writers_test
