@@ -1,0 +1,59 @@
+// POSIX backend of the OS layer: putting a finished file in place of another.
+// Only code that works on every POSIX system the library supports belongs here.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <string>
+
+#include "platform/error.h"
+#include "platform/file_replace.h"
+#include "platform/posix/posix_support.h"
+
+namespace tov::platform {
+
+namespace {
+
+// Makes a rename durable: fsync of the folder that holds `nativePath`.
+void SyncParentFolder(const std::string& nativePath) {
+  const auto slash = nativePath.find_last_of('/');
+  std::string folder;
+  if (slash == std::string::npos)
+    folder = ".";
+  else if (slash == 0)
+    folder = "/";
+  else
+    folder = nativePath.substr(0, slash);
+  const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return;
+  ::fsync(fd);
+  ::close(fd);
+}
+
+}  // namespace
+
+bool MoveFileEx(UTF16StringView source, UTF16StringView target, std::uint32_t flags) {
+  const std::string from = posix::NativePath(source);
+  const std::string to = posix::NativePath(target);
+  struct stat info {};
+  if (::lstat(to.c_str(), &info) == 0) {
+    if ((flags & kMoveFileReplaceExisting) == 0) {
+      SetLastError(kErrorAlreadyExists);
+      return false;
+    }
+    if (S_ISDIR(info.st_mode)) {
+      SetLastError(kErrorAccessDenied);
+      return false;
+    }
+  }
+  if (::rename(from.c_str(), to.c_str()) != 0) {
+    posix::SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, from);
+    return false;
+  }
+  if ((flags & kMoveFileWriteThrough) != 0) SyncParentFolder(to);
+  return true;
+}
+
+}  // namespace tov::platform

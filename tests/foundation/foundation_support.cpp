@@ -1,0 +1,256 @@
+// Shared helpers of the foundation tests.
+#include "foundation_support.h"
+
+#include <dirent.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+#include "basalt/utf.h"
+
+extern char** environ;
+
+namespace foundation_test {
+
+namespace {
+
+FakeHost* gCurrent = nullptr;
+
+template <int N>
+std::uint32_t Entry(unsigned short* buffer, std::uint32_t* count) {
+  return FakeHost::Current()->Answer(N, buffer, count);
+}
+
+template <int... N>
+std::array<void*, 20> MakeTable(std::integer_sequence<int, N...>) {
+  return {reinterpret_cast<void*>(&Entry<N>)...};
+}
+
+void RemoveTree(const std::string& path) {
+  struct stat info {};
+  if (::lstat(path.c_str(), &info) != 0) return;
+  if (S_ISDIR(info.st_mode)) {
+    ::chmod(path.c_str(), 0700);
+    if (DIR* dir = ::opendir(path.c_str())) {
+      while (dirent* entry = ::readdir(dir)) {
+        const std::string name = entry->d_name;
+        if (name == "." || name == "..") continue;
+        RemoveTree(path + "/" + name);
+      }
+      ::closedir(dir);
+    }
+    ::rmdir(path.c_str());
+  } else {
+    ::unlink(path.c_str());
+  }
+}
+
+}  // namespace
+
+FakeHost::FakeHost() {
+  mTable = MakeTable(std::make_integer_sequence<int, 20>());
+  gCurrent = this;
+}
+
+FakeHost::~FakeHost() {
+  if (gCurrent == this) gCurrent = nullptr;
+}
+
+FakeHost* FakeHost::Current() { return gCurrent; }
+
+std::uint32_t FakeHost::QueryInterface(const Halyard::_VGUID&, void** out) {
+  if (out != nullptr) *out = nullptr;
+  Record({"QueryInterface", "", 0, -1, false, 0});
+  return TOV::kErrNoInterface;
+}
+std::uint32_t FakeHost::AddRef() {
+  Record({"AddRef", "", 0, -1, false, 0});
+  return 1;
+}
+std::uint32_t FakeHost::Release() {
+  Record({"Release", "", 0, -1, false, 0});
+  return 1;
+}
+
+std::uint32_t FakeHost::AcquireService(const char* name, std::uint32_t version, void** service) {
+  Record({"AcquireService", name, version, -1, false, 0});
+  if (mAcquireStatus != 0) return mAcquireStatus;
+  *service = mTable.data();
+  return 0;
+}
+
+std::uint32_t FakeHost::ReleaseService(const char* name, std::uint32_t version, void** service) {
+  Record({"ReleaseService", name, version, -1, service == nullptr, 0});
+  return mReleaseStatus;
+}
+
+void FakeHost::SetFolder(int entry, const UTF16String& text) {
+  std::lock_guard<std::mutex> lock(mMutex);
+  mFolders[entry] = text;
+}
+
+void FakeHost::ForceCount(int entry, std::uint32_t count) {
+  std::lock_guard<std::mutex> lock(mMutex);
+  mForcedCounts[entry] = count;
+}
+
+std::vector<HostCall> FakeHost::Calls() const {
+  std::lock_guard<std::mutex> lock(mMutex);
+  return mCalls;
+}
+
+void FakeHost::ClearCalls() {
+  std::lock_guard<std::mutex> lock(mMutex);
+  mCalls.clear();
+}
+
+std::vector<HostCall> FakeHost::EntryCalls(int entry) const {
+  std::vector<HostCall> out;
+  for (const auto& call : Calls()) {
+    if (call.what == "Entry" && call.entry == entry) out.push_back(call);
+  }
+  return out;
+}
+
+void FakeHost::Record(const HostCall& call) {
+  std::lock_guard<std::mutex> lock(mMutex);
+  mCalls.push_back(call);
+}
+
+std::uint32_t FakeHost::Answer(int entry, unsigned short* buffer, std::uint32_t* count) {
+  Record({"Entry", "", 0, entry, buffer == nullptr, *count});
+  UTF16String text;
+  std::uint32_t needed = 0;
+  {
+    std::lock_guard<std::mutex> lock(mMutex);
+    auto found = mFolders.find(entry);
+    if (found != mFolders.end()) text = found->second;
+    needed = text.empty() ? 0 : static_cast<std::uint32_t>(text.size() + 1);
+    auto forced = mForcedCounts.find(entry);
+    if (forced != mForcedCounts.end()) needed = forced->second;
+  }
+  if (buffer == nullptr) {
+    *count = needed;
+    return 0;
+  }
+  // Writes the text and its NUL, never more than the first count said.
+  text.push_back(0);
+  const std::size_t units = std::min<std::size_t>(text.size(), needed);
+  for (std::size_t i = 0; i < units; ++i) buffer[i] = text[i];
+  return 0;
+}
+
+// ---------------------------------------------------------------------------
+
+TempFolder::TempFolder() {
+  const char* base = std::getenv("TMPDIR");
+  std::string pattern = (base != nullptr && *base != 0) ? base : TOV_TEST_BINARY_DIR;
+  pattern += "/tovfoundation-test-XXXXXX";
+  std::vector<char> buffer(pattern.begin(), pattern.end());
+  buffer.push_back(0);
+  if (::mkdtemp(buffer.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
+  mNative = buffer.data();
+}
+
+TempFolder::~TempFolder() { RemoveTree(mNative); }
+
+UTF16String TempFolder::Lib() const { return foundation_test::Lib(mNative); }
+UTF16String TempFolder::Lib(const std::string& relative) const {
+  return foundation_test::Lib(NativeOf(relative));
+}
+
+UTF16String Lib(const std::string& native) {
+  UTF16String out = basalt::UTF8to16(native);
+  for (auto& unit : out) {
+    if (unit == '/') unit = '\\';
+  }
+  return out;
+}
+
+std::string Native(const UTF16String& library) {
+  std::string out = basalt::UTF16to8(library);
+  std::replace(out.begin(), out.end(), '\\', '/');
+  return out;
+}
+
+std::string U8(const UTF16String& text) { return basalt::UTF16to8(text); }
+UTF16String U16(const std::string& text) { return basalt::UTF8to16(text); }
+
+void WriteFileBytes(const std::string& native, const std::string& contents) {
+  std::ofstream out(native, std::ios::binary | std::ios::trunc);
+  out << contents;
+  if (!out) throw std::runtime_error("cannot write " + native);
+}
+
+std::string ReadFileBytes(const std::string& native) {
+  std::ifstream in(native, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+bool Exists(const std::string& native) {
+  struct stat info {};
+  return ::lstat(native.c_str(), &info) == 0;
+}
+
+void MakeFolder(const std::string& native) { ::mkdir(native.c_str(), 0700); }
+
+std::vector<std::string> ListFolder(const std::string& native) {
+  std::vector<std::string> names;
+  if (DIR* dir = ::opendir(native.c_str())) {
+    while (dirent* entry = ::readdir(dir)) {
+      const std::string name = entry->d_name;
+      if (name != "." && name != "..") names.push_back(name);
+    }
+    ::closedir(dir);
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+int RunChild(const std::string& testName, const std::map<std::string, std::string>& env) {
+  std::vector<std::string> variables;
+  for (char** entry = environ; *entry != nullptr; ++entry) {
+    const std::string text = *entry;
+    const std::string name = text.substr(0, text.find('='));
+    if (env.count(name) == 0 && name != "TOV_FOUNDATION_CHILD") variables.push_back(text);
+  }
+  variables.push_back("TOV_FOUNDATION_CHILD=1");
+  for (const auto& [name, value] : env) variables.push_back(name + "=" + value);
+  std::vector<char*> envp;
+  for (auto& text : variables) envp.push_back(text.data());
+  envp.push_back(nullptr);
+
+  std::string program = "/proc/self/exe";
+  std::string filter = "--gtest_filter=" + testName;
+  std::string quiet = "--gtest_brief=1";
+  std::vector<char*> argv{program.data(), filter.data(), quiet.data(), nullptr};
+  pid_t child = 0;
+  if (::posix_spawn(&child, program.c_str(), nullptr, nullptr, argv.data(), envp.data()) != 0) {
+    return -1;
+  }
+  int status = 0;
+  while (::waitpid(child, &status, 0) < 0) {
+  }
+  if (WIFEXITED(status)) return WEXITSTATUS(status);
+  if (WIFSIGNALED(status)) return 128 + WTERMSIG(status);
+  return -1;
+}
+
+bool IsChild() {
+  const char* value = std::getenv("TOV_FOUNDATION_CHILD");
+  return value != nullptr && std::strcmp(value, "1") == 0;
+}
+
+}  // namespace foundation_test

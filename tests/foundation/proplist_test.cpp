@@ -1,0 +1,543 @@
+// Property lists: the tree, the XML text, files, and damaged files.
+#include "basalt/proplist.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <random>
+#include <string>
+
+#include "basalt/utf.h"
+#include "foundation_support.h"
+
+namespace {
+
+using namespace basalt::literals;
+using basalt::proplist::PropList;
+using basalt::proplist::PropListError;
+using basalt::proplist::utils::FormatPropList;
+using basalt::proplist::utils::LoadPropList;
+using basalt::proplist::utils::ParsePropList;
+using basalt::proplist::utils::SavePropList;
+using foundation_test::TempFolder;
+
+PropList Sample() {
+  PropList list;
+  list.SetString("Name", u"Clip 1"_u16);
+  list.CreateChild("Cache").SetString("CacheFile", u"C:\\Cache\\TOVCache1_2_3.vpc"_u16);
+  return list;
+}
+
+PropListError::Kind LoadErrorKind(const std::string& bytes) {
+  PropList list;
+  try {
+    ParsePropList(bytes, list);
+  } catch (const PropListError& error) {
+    return error.GetKind();
+  }
+  ADD_FAILURE() << "no error for: " << bytes;
+  return PropListError::Kind::kWriteFailed;
+}
+
+// --- the tree --------------------------------------------------------------------
+
+TEST(PropList, StringRoundTripsInBothEncodings) {
+  PropList list;
+  list.SetString("a", u"Grüße 🎬"_u16);
+  UTF16String wide;
+  UTF8String narrow;
+  EXPECT_TRUE(list.GetString("a", wide));
+  EXPECT_TRUE(list.GetString("a", narrow));
+  EXPECT_EQ(wide, u"Grüße 🎬"_u16);
+  EXPECT_EQ(narrow, basalt::UTF16to8(u"Grüße 🎬"_u16));
+}
+
+TEST(PropList, AbsentKeyLeavesOutputAlone) {
+  PropList list;
+  UTF16String value = u"keep"_u16;
+  EXPECT_FALSE(list.GetString("missing", value));
+  EXPECT_EQ(value, u"keep"_u16);
+  EXPECT_EQ(list.FindChild("missing"), nullptr);
+}
+
+TEST(PropList, CreateChildReturnsExistingChild) {
+  PropList list;
+  list.CreateChild("c").SetString("x", u"1"_u16);
+  PropList& again = list.CreateChild("c");
+  UTF16String value;
+  EXPECT_TRUE(again.GetString("x", value));
+  EXPECT_EQ(&again, list.FindChild("c"));
+}
+
+TEST(PropList, ChildAndStringReplaceEachOther) {
+  PropList list;
+  list.SetString("k", u"text"_u16);
+  EXPECT_EQ(list.FindChild("k"), nullptr);
+  list.CreateChild("k");
+  UTF16String value = u"none"_u16;
+  EXPECT_FALSE(list.GetString("k", value));
+  EXPECT_NE(list.FindChild("k"), nullptr);
+  list.SetString("k", u"again"_u16);
+  EXPECT_EQ(list.FindChild("k"), nullptr);
+  EXPECT_TRUE(list.GetString("k", value));
+  EXPECT_EQ(value, u"again"_u16);
+}
+
+TEST(PropList, KeysAreCaseSensitiveAndSorted) {
+  PropList list;
+  list.SetString("b", u"1"_u16);
+  list.SetString("B", u"2"_u16);
+  list.SetString("a", u"3"_u16);
+  EXPECT_EQ(list.Keys(), (std::vector<UTF8String>{"B", "a", "b"}));
+  EXPECT_EQ(list.Size(), 3u);
+}
+
+TEST(PropList, CopyIsDeepAndMoveEmptiesSource) {
+  PropList list = Sample();
+  PropList copy = list;
+  copy.FindChild("Cache")->SetString("CacheFile", u"changed"_u16);
+  UTF16String value;
+  list.FindChild("Cache")->GetString("CacheFile", value);
+  EXPECT_EQ(value, u"C:\\Cache\\TOVCache1_2_3.vpc"_u16);
+  PropList moved = std::move(list);
+  EXPECT_TRUE(list.Empty());  // NOLINT(bugprone-use-after-move): documented
+  EXPECT_EQ(moved, Sample());
+}
+
+// --- the XML text ----------------------------------------------------------------
+
+TEST(PropListText, FormatMatchesTheDocumentedLayout) {
+  EXPECT_EQ(FormatPropList(Sample()),
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+            "<plist version=\"1.0\">\n"
+            "<dict>\n"
+            "\t<key>Cache</key>\n"
+            "\t<dict>\n"
+            "\t\t<key>CacheFile</key>\n"
+            "\t\t<string>C:\\Cache\\TOVCache1_2_3.vpc</string>\n"
+            "\t</dict>\n"
+            "\t<key>Name</key>\n"
+            "\t<string>Clip 1</string>\n"
+            "</dict>\n"
+            "</plist>\n");
+}
+
+TEST(PropListText, EmptyListsAreEmptyDicts) {
+  PropList list;
+  EXPECT_EQ(
+      FormatPropList(list),
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict/>\n</plist>\n");
+  list.CreateChild("empty");
+  PropList back;
+  ParsePropList(FormatPropList(list), back);
+  EXPECT_EQ(back, list);
+}
+
+TEST(PropListText, EveryTextXmlCarriesRoundTrips) {
+  const char* rows[] = {
+      "plain",
+      "",
+      "<&>\"'",
+      "&amp; stays text",
+      "]]> and <![CDATA[",
+      "tab\there",
+      "line\nfeed",
+      "carriage\rreturn",
+      "crlf\r\npair",
+      "   leading and trailing   ",
+      " ",
+      "\n",
+      "\r",
+      "Grüße, 世界",
+      "\xF0\x9F\x8E\xAC astral",
+      "\xEF\xBF\xBD replacement",
+      "\xEE\x80\x80 private use",
+      "\xEF\xBF\xBD\xEF\xBF\xBC near the end",
+  };
+  PropList list;
+  int i = 0;
+  for (const char* row : rows) {
+    list.SetString(std::string("v") + std::to_string(i++), UTF8String(row));
+    list.CreateChild(row).SetString(row, UTF8String(row));
+  }
+  PropList back;
+  ParsePropList(FormatPropList(list), back);
+  for (const char* row : rows) {
+    SCOPED_TRACE(row);
+    const PropList* child = back.FindChild(row);
+    ASSERT_NE(child, nullptr);
+    UTF8String value;
+    EXPECT_TRUE(child->GetString(row, value));
+    EXPECT_EQ(value, row);
+  }
+  EXPECT_EQ(back, list);
+}
+
+TEST(PropListText, TextXmlCannotCarryBecomesReplacementCharacter) {
+  struct Row {
+    std::string in;
+    std::string out;
+  };
+  const std::string fffd = "\xEF\xBF\xBD";
+  const Row rows[] = {
+      {std::string("a\0b", 3), "a" + fffd + "b"},
+      {"\x01\x08\x0B\x0C\x0E\x1F", fffd + fffd + fffd + fffd + fffd + fffd},
+      {"\xEF\xBF\xBE|\xEF\xBF\xBF", fffd + "|" + fffd},  // U+FFFE, U+FFFF
+      {"\xC3", fffd},                                    // truncated sequence
+      {"\xED\xA0\x80", fffd + fffd + fffd},              // encoded surrogate
+      {"\xC0\xAF", fffd + fffd},                         // overlong
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.out);
+    PropList list;
+    list.SetString("k", row.in);
+    list.CreateChild(row.in);
+    PropList back;
+    ParsePropList(FormatPropList(list), back);
+    UTF8String value;
+    EXPECT_TRUE(back.GetString("k", value));
+    EXPECT_EQ(value, row.out);
+    EXPECT_NE(back.FindChild(row.out), nullptr);
+    // Saving never changes the list in memory.
+    EXPECT_TRUE(list.GetString("k", value));
+    EXPECT_EQ(value, row.in);
+  }
+}
+
+TEST(PropListText, ReaderAcceptsForeignButValidLayouts) {
+  const std::string text =
+      "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+      "<!DOCTYPE plist SYSTEM \"plist.dtd\">\n"
+      "<!-- written elsewhere -->\n"
+      "<plist version=\"1.0\"><dict>"
+      "<key>a</key><string><![CDATA[<raw>]]> &amp; more</string>"
+      "<key>e</key><string/>"
+      "<key>d</key><dict><key>x</key><string>1</string></dict>"
+      "<key>a</key><string>last wins</string>"
+      "</dict></plist>";
+  PropList list;
+  ParsePropList(text, list);
+  UTF8String value;
+  EXPECT_TRUE(list.GetString("a", value));
+  EXPECT_EQ(value, "last wins");
+  EXPECT_TRUE(list.GetString("e", value));
+  EXPECT_EQ(value, "");
+  ASSERT_NE(list.FindChild("d"), nullptr);
+  EXPECT_TRUE(list.FindChild("d")->GetString("x", value));
+  EXPECT_EQ(value, "1");
+}
+
+TEST(PropListText, CdataTextIsTakenWhole) {
+  PropList list;
+  ParsePropList("<plist><dict><key>k</key><string>a<![CDATA[<b>]]>c</string></dict></plist>", list);
+  UTF8String value;
+  EXPECT_TRUE(list.GetString("k", value));
+  EXPECT_EQ(value, "a<b>c");
+}
+
+TEST(PropListText, DamagedOrForeignTextIsRejected) {
+  const char* rows[] = {
+      "",
+      "   ",
+      "<plist>",
+      "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>a</key><string>x</str",
+      "<plist><dict><key>a</key><string>x</string></dict>",
+      "<html><body/></html>",
+      "<plist/>",
+      "<plist><array/></plist>",
+      "<plist><dict/><dict/></plist>",
+      "<plist>text<dict/></plist>",
+      "<plist><dict><key>a</key></dict></plist>",
+      "<plist><dict><string>x</string></dict></plist>",
+      "<plist><dict><key>a</key><integer>1</integer></dict></plist>",
+      "<plist><dict><key>a</key><array/></dict></plist>",
+      "<plist><dict><key>a</key><true/></dict></plist>",
+      "<plist><dict>loose text</dict></plist>",
+      "<plist><dict><key>a<b/></key><string>x</string></dict></plist>",
+      "<plist><dict><key>\xFF</key><string>x</string></dict></plist>",
+      "\x00\x01\x02",
+      "PK\x03\x04 not xml",
+  };
+  for (const char* row : rows) {
+    SCOPED_TRACE(row);
+    EXPECT_EQ(LoadErrorKind(row), PropListError::Kind::kNotAPropList);
+  }
+}
+
+TEST(PropListText, NestingDeeperThanLimitIsRejectedNotCrashed) {
+  std::string deep = "<plist>";
+  for (int i = 0; i < 5000; ++i) deep += "<dict><key>k</key>";
+  deep += "<dict/>";
+  for (int i = 0; i < 5000; ++i) deep += "</dict>";
+  deep += "</plist>";
+  EXPECT_EQ(LoadErrorKind(deep), PropListError::Kind::kNotAPropList);
+}
+
+TEST(PropListText, FailedParseLeavesListUnchanged) {
+  PropList list = Sample();
+  EXPECT_THROW(ParsePropList("<plist><dict><key>a</key></dict></plist>", list), PropListError);
+  EXPECT_EQ(list, Sample());
+}
+
+TEST(PropListText, RandomBytesNeverCrash) {
+  std::mt19937 random(12345);
+  const std::string good = FormatPropList(Sample());
+  for (int round = 0; round < 500; ++round) {
+    std::string bytes = good;
+    const int flips = 1 + static_cast<int>(random() % 8);
+    for (int f = 0; f < flips; ++f) {
+      bytes[random() % bytes.size()] = static_cast<char>(random() & 0xFF);
+    }
+    if (round % 3 == 0) bytes.resize(random() % bytes.size());
+    PropList list;
+    try {
+      ParsePropList(bytes, list);
+    } catch (const PropListError& error) {
+      EXPECT_EQ(error.GetKind(), PropListError::Kind::kNotAPropList);
+    }
+  }
+}
+
+// --- files -----------------------------------------------------------------------
+
+TEST(PropListFile, SaveThenLoadRoundTrips) {
+  TempFolder temp;
+  const UTF16String path = temp.Lib("list.xml");
+  SavePropList(path, Sample());
+  PropList back;
+  LoadPropList(path, back, 0);
+  EXPECT_EQ(back, Sample());
+  EXPECT_EQ(foundation_test::ReadFileBytes(temp.NativeOf("list.xml")), FormatPropList(Sample()));
+  // Only the list is left: the temporary file was renamed over it.
+  EXPECT_EQ(foundation_test::ListFolder(temp.Native()), std::vector<std::string>{"list.xml"});
+}
+
+TEST(PropListFile, SaveReplacesPreviousList) {
+  TempFolder temp;
+  const UTF16String path = temp.Lib("list.xml");
+  SavePropList(path, Sample());
+  PropList other;
+  other.SetString("only", u"this"_u16);
+  SavePropList(path, other);
+  PropList back;
+  LoadPropList(path, back, 0);
+  EXPECT_EQ(back, other);
+}
+
+TEST(PropListFile, LoadReplacesListContents) {
+  TempFolder temp;
+  SavePropList(temp.Lib("list.xml"), Sample());
+  PropList list;
+  list.SetString("stale", u"x"_u16);
+  LoadPropList(temp.Lib("list.xml"), list, 0);
+  EXPECT_FALSE(list.Contains("stale"));
+  EXPECT_EQ(list, Sample());
+}
+
+TEST(PropListFile, MissingFileIsOpenFailedWithFileNotFound) {
+  TempFolder temp;
+  PropList list = Sample();
+  try {
+    LoadPropList(temp.Lib("absent.xml"), list, 0);
+    FAIL() << "no exception";
+  } catch (const PropListError& error) {
+    EXPECT_EQ(error.GetKind(), PropListError::Kind::kOpenFailed);
+    EXPECT_EQ(error.GetSystemError(), 2u);
+  }
+  EXPECT_EQ(list, Sample());
+}
+
+TEST(PropListFile, EmptyFileIsNotAPropList) {
+  TempFolder temp;
+  foundation_test::WriteFileBytes(temp.NativeOf("list.xml"), "");
+  PropList list;
+  try {
+    LoadPropList(temp.Lib("list.xml"), list, 0);
+    FAIL() << "no exception";
+  } catch (const PropListError& error) {
+    EXPECT_EQ(error.GetKind(), PropListError::Kind::kNotAPropList);
+    EXPECT_EQ(error.GetSystemError(), 0u);
+  }
+}
+
+TEST(PropListFile, FileTruncatedAtEveryLengthIsRejected) {
+  TempFolder temp;
+  const std::string whole = FormatPropList(Sample());
+  // Every proper prefix that drops the closing </plist> is damaged.
+  const std::size_t end = whole.rfind("</plist>");
+  for (std::size_t length = 0; length <= end; ++length) {
+    SCOPED_TRACE(length);
+    foundation_test::WriteFileBytes(temp.NativeOf("list.xml"), whole.substr(0, length));
+    PropList list;
+    EXPECT_THROW(LoadPropList(temp.Lib("list.xml"), list, 0), PropListError);
+    EXPECT_TRUE(list.Empty());
+  }
+}
+
+TEST(PropListFile, RandomBytesFileIsRejected) {
+  TempFolder temp;
+  std::mt19937 random(99);
+  std::string bytes(4096, '\0');
+  for (auto& byte : bytes) byte = static_cast<char>(random() & 0xFF);
+  foundation_test::WriteFileBytes(temp.NativeOf("list.xml"), bytes);
+  PropList list;
+  try {
+    LoadPropList(temp.Lib("list.xml"), list, 0);
+    FAIL() << "no exception";
+  } catch (const PropListError& error) {
+    EXPECT_EQ(error.GetKind(), PropListError::Kind::kNotAPropList);
+  }
+}
+
+TEST(PropListFile, FolderInPlaceOfListCannotBeOpened) {
+  TempFolder temp;
+  foundation_test::MakeFolder(temp.NativeOf("list.xml"));
+  PropList list;
+  try {
+    LoadPropList(temp.Lib("list.xml"), list, 0);
+    FAIL() << "no exception";
+  } catch (const PropListError& error) {
+    EXPECT_EQ(error.GetKind(), PropListError::Kind::kOpenFailed);
+    EXPECT_EQ(error.GetSystemError(), 5u);
+  }
+}
+
+TEST(PropListFile, UnreadableFileCannotBeOpened) {
+  if (::geteuid() == 0) GTEST_SKIP() << "running as root: permissions do not stop reading";
+  TempFolder temp;
+  SavePropList(temp.Lib("list.xml"), Sample());
+  ::chmod(temp.NativeOf("list.xml").c_str(), 0);
+  PropList list;
+  try {
+    LoadPropList(temp.Lib("list.xml"), list, 0);
+    FAIL() << "no exception";
+  } catch (const PropListError& error) {
+    EXPECT_EQ(error.GetKind(), PropListError::Kind::kOpenFailed);
+    EXPECT_EQ(error.GetSystemError(), 5u);
+  }
+}
+
+TEST(PropListFile, SaveIntoMissingFolderFailsAndLeavesNothing) {
+  TempFolder temp;
+  try {
+    SavePropList(temp.Lib("no\\such\\list.xml"), Sample());
+    FAIL() << "no exception";
+  } catch (const PropListError& error) {
+    EXPECT_EQ(error.GetKind(), PropListError::Kind::kWriteFailed);
+    EXPECT_EQ(error.GetSystemError(), 3u);
+  }
+  EXPECT_TRUE(foundation_test::ListFolder(temp.Native()).empty());
+}
+
+TEST(PropListFile, SaveOverFolderFailsAndDeletesTemporaryFile) {
+  TempFolder temp;
+  foundation_test::MakeFolder(temp.NativeOf("list.xml"));
+  EXPECT_THROW(SavePropList(temp.Lib("list.xml"), Sample()), PropListError);
+  EXPECT_EQ(foundation_test::ListFolder(temp.Native()), std::vector<std::string>{"list.xml"});
+}
+
+// A full disk, simulated with a file-size limit in a child process: the
+// write fails, the previous list stays whole and no temporary file is left.
+TEST(PropListFile, FullDiskOnSaveLeavesPreviousListIntact) {
+  TempFolder temp;
+  const UTF16String path = temp.Lib("list.xml");
+  SavePropList(path, Sample());
+  const std::string before = foundation_test::ReadFileBytes(temp.NativeOf("list.xml"));
+
+  PropList big;
+  for (int i = 0; i < 2000; ++i) big.SetString("key" + std::to_string(i), UTF8String(100, 'x'));
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    ::signal(SIGXFSZ, SIG_IGN);
+    struct rlimit limit {};
+    limit.rlim_cur = limit.rlim_max = 4096;
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    int code = 1;
+    try {
+      SavePropList(path, big);
+      code = 2;  // the save should not have succeeded
+    } catch (const PropListError& error) {
+      code =
+          (error.GetKind() == PropListError::Kind::kWriteFailed && error.GetSystemError() == 223u)
+              ? 0
+              : 3;
+    }
+    ::_exit(code);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  EXPECT_EQ(foundation_test::ReadFileBytes(temp.NativeOf("list.xml")), before);
+  EXPECT_EQ(foundation_test::ListFolder(temp.Native()), std::vector<std::string>{"list.xml"});
+}
+
+// A process killed while it saves never leaves a partly written list: the
+// list is always one of the complete versions.
+TEST(PropListFile, SaveKilledMidwayLeavesACompleteList) {
+  TempFolder temp;
+  const UTF16String path = temp.Lib("list.xml");
+  PropList first;
+  first.SetString("version", u"first"_u16);
+  SavePropList(path, first);
+
+  for (int round = 0; round < 8; ++round) {
+    SCOPED_TRACE(round);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      PropList big;
+      for (int i = 0; i < 20000; ++i) big.SetString("key" + std::to_string(i), UTF8String(64, 'y'));
+      for (;;) {
+        big.SetString("version", u"big"_u16);
+        SavePropList(path, big);
+      }
+    }
+    ::usleep(static_cast<useconds_t>(20000 + round * 15000));
+    ::kill(child, SIGKILL);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    PropList back;
+    ASSERT_NO_THROW(LoadPropList(path, back, 0));
+    UTF8String version;
+    ASSERT_TRUE(back.GetString("version", version));
+    EXPECT_TRUE(version == "first" || (version == "big" && back.Size() == 20001u)) << version;
+  }
+}
+
+// Python's standard plistlib reads what SavePropList writes.
+TEST(PropListFile, PythonPlistlibReadsTheSameKeysAndValues) {
+  TempFolder temp;
+  PropList list;
+  list.SetString("plain", u"value"_u16);
+  list.SetString("x<&>\"'", u"a<b>&c\r\nd\te 🎬 Grüße"_u16);
+  list.CreateChild("C:\\Media#Thumbs").SetString("CacheFile", u"C:\\Cache\\TOVCache1_2_3.vpc"_u16);
+  list.CreateChild("empty");
+  SavePropList(temp.Lib("list.xml"), list);
+
+  const std::string script =
+      "import plistlib, json, sys\n"
+      "with open(sys.argv[1], 'rb') as f: d = plistlib.load(f)\n"
+      "sys.stdout.write(json.dumps(d, sort_keys=True, ensure_ascii=True))\n";
+  foundation_test::WriteFileBytes(temp.NativeOf("read.py"), script);
+  const std::string command =
+      "/usr/bin/python3 " + temp.NativeOf("read.py") + " " + temp.NativeOf("list.xml");
+  FILE* pipe = ::popen(command.c_str(), "r");
+  ASSERT_NE(pipe, nullptr);
+  std::string out;
+  char buffer[4096];
+  while (std::size_t got = std::fread(buffer, 1, sizeof buffer, pipe)) out.append(buffer, got);
+  ASSERT_EQ(::pclose(pipe), 0) << out;
+  EXPECT_EQ(out,
+            "{\"C:\\\\Media#Thumbs\": {\"CacheFile\": \"C:\\\\Cache\\\\TOVCache1_2_3.vpc\"}, "
+            "\"empty\": {}, \"plain\": \"value\", "
+            "\"x<&>\\\"'\": \"a<b>&c\\r\\nd\\te \\ud83c\\udfac Gr\\u00fc\\u00dfe\"}");
+}
+
+}  // namespace

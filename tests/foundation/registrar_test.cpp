@@ -1,0 +1,491 @@
+// The cache-folder registrar, with a fake host answering the cache folder.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "basalt/proplist.h"
+#include "basalt/utf.h"
+#include "foundation/registrar_internal.h"
+#include "foundation_support.h"
+#include "tovfoundation/files.h"
+#include "tovfoundation/foundation.h"
+
+namespace {
+
+using namespace basalt::literals;
+using basalt::proplist::PropList;
+using foundation_test::FakeHost;
+using foundation_test::TempFolder;
+using foundation_test::U16;
+using foundation_test::U8;
+
+// Hosts the registrar on a cache folder: the fake host answers `cacheFolder`
+// (native spelling) for entry 14, and the registry is rebuilt from scratch.
+class Registrar : public ::testing::Test {
+ protected:
+  void SetUp() override { tov::foundation::ResetRegistryForTesting(); }
+  void TearDown() override {
+    tov::foundation::ResetRegistryForTesting();
+    TOVFoundation::Terminate(&host);
+  }
+  void Host(const std::string& cacheFolder) {
+    host.SetFolder(TOV::Paths::kCacheFolderEntry, foundation_test::Lib(cacheFolder));
+    ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
+  }
+  // As at a restart: the registry is saved, dropped and built again on next use.
+  static void Restart() { tov::foundation::ResetRegistryForTesting(); }
+  std::string ListPath() const { return cache.NativeOf("MasterFolderList.xml"); }
+  PropList ListOnDisk() const {
+    PropList list;
+    basalt::proplist::utils::LoadPropList(foundation_test::Lib(ListPath()), list, 0);
+    return list;
+  }
+  std::vector<std::string> CacheFiles() const {
+    std::vector<std::string> names;
+    for (const auto& name : foundation_test::ListFolder(cache.Native())) {
+      if (name.size() > 4 && name.substr(name.size() - 4) == ".vpc") names.push_back(name);
+    }
+    return names;
+  }
+
+  FakeHost host;
+  TempFolder cache;
+};
+
+TEST_F(Registrar, RegisterMakesEmptyCacheFileNamedAfterProcessThreadAndTicks) {
+  Host(cache.Native());
+  UTF16String file;
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"Thumbs"_u16, file), 0u);
+  const std::string expectedStart = cache.Native() + "/TOVCache" + std::to_string(::getpid()) + "_";
+  const std::string native = foundation_test::Native(file);
+  EXPECT_EQ(native.rfind(expectedStart, 0), 0u) << native;
+  EXPECT_EQ(native.substr(native.size() - 4), ".vpc");
+  EXPECT_TRUE(foundation_test::Exists(native));
+  EXPECT_EQ(foundation_test::ReadFileBytes(native), "");
+}
+
+TEST_F(Registrar, SamePairTwiceGivesSamePathAndOneFile) {
+  Host(cache.Native());
+  UTF16String first, second;
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"Thumbs"_u16, first), 0u);
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"Thumbs"_u16, second), 0u);
+  EXPECT_EQ(first, second);
+  EXPECT_EQ(CacheFiles().size(), 1u);
+}
+
+TEST_F(Registrar, TrailingBackslashSharesKeyButCaseDoesNot) {
+  Host(cache.Native());
+  UTF16String plain, slashed, lower;
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"n"_u16, plain), 0u);
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media\\"_u16, u"n"_u16, slashed), 0u);
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"c:\\media"_u16, u"n"_u16, lower), 0u);
+  EXPECT_EQ(plain, slashed);
+  EXPECT_NE(plain, lower);
+  EXPECT_EQ(CacheFiles().size(), 2u);
+}
+
+TEST_F(Registrar, TwoNamesGetTwoFilesAndEmptyNameIsFolderAlone) {
+  Host(cache.Native());
+  UTF16String a, b, none;
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"A"_u16, a), 0u);
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"B"_u16, b), 0u);
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, UTF16String(), none), 0u);
+  EXPECT_NE(a, b);
+  EXPECT_NE(a, none);
+  const PropList list = ListOnDisk();
+  EXPECT_EQ(list.Keys(), (std::vector<UTF8String>{"C:\\Media", "C:\\Media#A", "C:\\Media#B"}));
+  UTF16String recorded;
+  ASSERT_NE(list.FindChild("C:\\Media"), nullptr);
+  EXPECT_TRUE(list.FindChild("C:\\Media")->GetString("CacheFile", recorded));
+  EXPECT_EQ(recorded, none);
+}
+
+TEST_F(Registrar, KeyRemovesOneTrailingBackslashOnly) {
+  struct Row {
+    UTF16String folder;
+    UTF16String name;
+    UTF8String key;
+  };
+  const Row rows[] = {
+      {u"C:\\Media"_u16, u"x"_u16, "C:\\Media#x"},
+      {u"C:\\Media\\"_u16, u"x"_u16, "C:\\Media#x"},
+      {u"C:\\Media\\\\"_u16, u"x"_u16, "C:\\Media\\#x"},
+      {u"C:\\"_u16, u"x"_u16, "C:\\#x"},
+      {u"c:\\media"_u16, UTF16String(), "c:\\media"},
+      {UTF16String(), u"n"_u16, "#n"},
+      {u"D:\\Vidéo"_u16, u"#"_u16, "D:\\Vid\xC3\xA9o##"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.key);
+    EXPECT_EQ(tov::foundation::RegistrarKey(row.folder, row.name), row.key);
+  }
+}
+
+TEST_F(Registrar, EverySuccessfulRegistrationIsSavedAtOnce) {
+  Host(cache.Native());
+  UTF16String file;
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"n"_u16, file), 0u);
+  UTF16String recorded;
+  const PropList list = ListOnDisk();
+  ASSERT_NE(list.FindChild("C:\\Media#n"), nullptr);
+  EXPECT_TRUE(list.FindChild("C:\\Media#n")->GetString("CacheFile", recorded));
+  EXPECT_EQ(recorded, file);
+}
+
+TEST_F(Registrar, FindAfterRestartFindsEarlierAssignments) {
+  Host(cache.Native());
+  UTF16String a, b;
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"A"_u16, a), 0u);
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"E:\\Other\\"_u16, UTF16String(), b), 0u);
+  Restart();
+  UTF16String foundA, foundB;
+  EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\Media"_u16, u"A"_u16, foundA), 0u);
+  EXPECT_EQ(FolderRegistrar::FindFolder(u"E:\\Other"_u16, UTF16String(), foundB), 0u);
+  EXPECT_EQ(foundA, a);
+  EXPECT_EQ(foundB, b);
+}
+
+TEST_F(Registrar, FindNeverRegisteredGivesNotFoundAndLeavesOutputUnchanged) {
+  Host(cache.Native());
+  UTF16String file = u"unchanged"_u16;
+  EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\Nothing"_u16, u"n"_u16, file),
+            TOV::kErrRegistryNotFound);
+  EXPECT_EQ(file, u"unchanged"_u16);
+  EXPECT_TRUE(CacheFiles().empty());
+}
+
+TEST_F(Registrar, FindOnKeyHoldingTextInsteadOfChildGivesNotFound) {
+  PropList list;
+  list.SetString("C:\\Media#n", u"not a child"_u16);
+  list.CreateChild("C:\\Empty#n");  // a child without "CacheFile"
+  basalt::proplist::utils::SavePropList(foundation_test::Lib(ListPath()), list);
+  Host(cache.Native());
+  UTF16String file = u"same"_u16;
+  EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\Media"_u16, u"n"_u16, file),
+            TOV::kErrRegistryNotFound);
+  EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\Empty"_u16, u"n"_u16, file),
+            TOV::kErrRegistryNotFound);
+  EXPECT_EQ(file, u"same"_u16);
+}
+
+TEST_F(Registrar, UnRegisterRemovesNothing) {
+  Host(cache.Native());
+  UTF16String file, found;
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"n"_u16, file), 0u);
+  EXPECT_EQ(FolderRegistrar::UnRegisterFolder(u"C:\\Media"_u16, u"n"_u16), 0u);
+  EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\Media"_u16, u"n"_u16, found), 0u);
+  EXPECT_EQ(found, file);
+  EXPECT_TRUE(foundation_test::Exists(foundation_test::Native(file)));
+}
+
+TEST_F(Registrar, RecordedPathIsReturnedEvenWhenItsFileIsGone) {
+  Host(cache.Native());
+  UTF16String file, again;
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"n"_u16, file), 0u);
+  ::unlink(foundation_test::Native(file).c_str());
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"n"_u16, again), 0u);
+  EXPECT_EQ(again, file);
+  EXPECT_TRUE(CacheFiles().empty());
+}
+
+TEST_F(Registrar, InitializeBuildsNothing) {
+  Host(cache.NativeOf("not-yet"));
+  EXPECT_EQ(FolderRegistrar::Initialize(), 0u);
+  EXPECT_FALSE(foundation_test::Exists(cache.NativeOf("not-yet")));
+}
+
+TEST_F(Registrar, MissingCacheFolderIsCreatedWithItsParents) {
+  Host(cache.NativeOf("deep/er/cache"));
+  UTF16String found;
+  EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), found),
+            TOV::kErrRegistryNotFound);
+  EXPECT_TRUE(foundation_test::Exists(cache.NativeOf("deep/er/cache")));
+  UTF16String file;
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\x"_u16, UTF16String(), file), 0u);
+  EXPECT_TRUE(foundation_test::Exists(cache.NativeOf("deep/er/cache/MasterFolderList.xml")));
+}
+
+TEST_F(Registrar, CacheFolderGivenWithTrailingBackslashWorks) {
+  host.SetFolder(TOV::Paths::kCacheFolderEntry, cache.Lib() + u"\\"_u16);
+  ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
+  UTF16String file;
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\x"_u16, UTF16String(), file), 0u);
+  EXPECT_EQ(foundation_test::Native(file).rfind(cache.Native() + "/TOVCache", 0), 0u);
+  EXPECT_TRUE(foundation_test::Exists(ListPath()));
+}
+
+TEST_F(Registrar, TmpFilesDirectlyInCacheFolderAreDeletedWhenListIsMissing) {
+  foundation_test::WriteFileBytes(cache.NativeOf("a.tmp"), "x");
+  foundation_test::WriteFileBytes(cache.NativeOf("MasterFolderList.xml.1-1.tmp"), "<plist");
+  foundation_test::WriteFileBytes(cache.NativeOf("keep.txt"), "x");
+  foundation_test::WriteFileBytes(cache.NativeOf("upper.TMP"), "x");
+  foundation_test::MakeFolder(cache.NativeOf("sub"));
+  foundation_test::WriteFileBytes(cache.NativeOf("sub/b.tmp"), "x");
+  Host(cache.Native());
+  UTF16String found;
+  FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), found);
+  EXPECT_EQ(foundation_test::ListFolder(cache.Native()),
+            (std::vector<std::string>{"keep.txt", "sub", "upper.TMP"}));
+  EXPECT_TRUE(foundation_test::Exists(cache.NativeOf("sub/b.tmp")));
+}
+
+TEST_F(Registrar, TmpFilesAreKeptWhenListExists) {
+  basalt::proplist::utils::SavePropList(foundation_test::Lib(ListPath()), PropList());
+  foundation_test::WriteFileBytes(cache.NativeOf("a.tmp"), "x");
+  Host(cache.Native());
+  UTF16String found;
+  FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), found);
+  EXPECT_TRUE(foundation_test::Exists(cache.NativeOf("a.tmp")));
+}
+
+TEST_F(Registrar, CacheFolderThatIsAFileGivesNoCacheFile) {
+  foundation_test::WriteFileBytes(cache.NativeOf("file"), "x");
+  Host(cache.NativeOf("file"));
+  UTF16String file = u"unchanged"_u16;
+  EXPECT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"n"_u16, file),
+            TOV::kErrRegistryNoCacheFile);
+  EXPECT_EQ(file, u"unchanged"_u16);
+  // The child made before asking for a file stays, empty.
+  EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\Media"_u16, u"n"_u16, file),
+            TOV::kErrRegistryNotFound);
+  EXPECT_EQ(foundation_test::ReadFileBytes(cache.NativeOf("file")), "x");
+}
+
+TEST_F(Registrar, EmptyChildLeftByFailureIsSavedWithNextSuccess) {
+  // The cache folder vanishes between first use and the registration, so
+  // the file cannot be made; once it is back, the next pair is saved along
+  // with the empty child.
+  Host(cache.NativeOf("c"));
+  UTF16String found, file;
+  FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), found);
+  ASSERT_EQ(::rmdir(cache.NativeOf("c").c_str()), 0);
+  EXPECT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Failed"_u16, UTF16String(), file),
+            TOV::kErrRegistryNoCacheFile);
+  foundation_test::MakeFolder(cache.NativeOf("c"));
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Works"_u16, UTF16String(), file), 0u);
+  PropList list;
+  basalt::proplist::utils::LoadPropList(
+      foundation_test::Lib(cache.NativeOf("c/MasterFolderList.xml")), list, 0);
+  EXPECT_EQ(list.Keys(), (std::vector<UTF8String>{"C:\\Failed", "C:\\Works"}));
+  ASSERT_NE(list.FindChild("C:\\Failed"), nullptr);
+  EXPECT_TRUE(list.FindChild("C:\\Failed")->Empty());
+}
+
+TEST_F(Registrar, WithoutHostServiceNoCacheFileCanBeMade) {
+  ASSERT_EQ(TOVFoundation::Initialize(nullptr), 0u);
+  UTF16String file = u"unchanged"_u16;
+  EXPECT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"n"_u16, file),
+            TOV::kErrRegistryNoCacheFile);
+  EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\Media"_u16, u"n"_u16, file),
+            TOV::kErrRegistryNotFound);
+  EXPECT_EQ(file, u"unchanged"_u16);
+  Restart();  // nothing is written anywhere: the list has no name
+  EXPECT_FALSE(foundation_test::Exists("MasterFolderList.xml"));
+}
+
+// --- damaged list files: ignored, the registry starts empty ---------------------
+
+class DamagedList : public Registrar {
+ protected:
+  void ExpectStartsEmptyAndRecovers() {
+    Host(cache.Native());
+    UTF16String file = u"unchanged"_u16;
+    EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\Media"_u16, u"n"_u16, file),
+              TOV::kErrRegistryNotFound);
+    EXPECT_EQ(file, u"unchanged"_u16);
+    ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"n"_u16, file), 0u);
+    EXPECT_TRUE(foundation_test::Exists(foundation_test::Native(file)));
+  }
+};
+
+TEST_F(DamagedList, TruncatedListIsIgnored) {
+  PropList list;
+  list.CreateChild("C:\\Media#n").SetString("CacheFile", u"C:\\old.vpc"_u16);
+  const std::string text = basalt::proplist::utils::FormatPropList(list);
+  foundation_test::WriteFileBytes(ListPath(), text.substr(0, text.size() / 2));
+  ExpectStartsEmptyAndRecovers();
+  EXPECT_NO_THROW(ListOnDisk());  // rewritten whole by the registration
+}
+
+TEST_F(DamagedList, RandomBytesListIsIgnored) {
+  std::string bytes;
+  for (int i = 0; i < 1000; ++i) bytes.push_back(static_cast<char>((i * 7919) & 0xFF));
+  foundation_test::WriteFileBytes(ListPath(), bytes);
+  ExpectStartsEmptyAndRecovers();
+}
+
+TEST_F(DamagedList, EmptyListIsIgnored) {
+  foundation_test::WriteFileBytes(ListPath(), "");
+  foundation_test::WriteFileBytes(cache.NativeOf("left.tmp"), "");
+  ExpectStartsEmptyAndRecovers();
+  // The list existed, so leftovers were not cleared.
+  EXPECT_TRUE(foundation_test::Exists(cache.NativeOf("left.tmp")));
+}
+
+TEST_F(DamagedList, UnreadableListIsIgnored) {
+  if (::geteuid() == 0) GTEST_SKIP() << "running as root: permissions do not stop reading";
+  basalt::proplist::utils::SavePropList(foundation_test::Lib(ListPath()), PropList());
+  ::chmod(ListPath().c_str(), 0);
+  ExpectStartsEmptyAndRecovers();
+}
+
+TEST_F(DamagedList, FolderInPlaceOfListIsIgnoredAndFailedSavesStillSucceed) {
+  // The list cannot be opened (a folder stands there) and no save can
+  // replace it: registrations still answer 0 and stay in memory.
+  foundation_test::MakeFolder(ListPath());
+  foundation_test::WriteFileBytes(ListPath() + "/inside", "x");
+  ExpectStartsEmptyAndRecovers();
+  UTF16String first, again;
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"n"_u16, first), 0u);
+  ASSERT_EQ(FolderRegistrar::FindFolder(u"C:\\Media"_u16, u"n"_u16, again), 0u);
+  EXPECT_EQ(again, first);
+}
+
+// --- threads ------------------------------------------------------------------
+
+TEST_F(Registrar, EightThreadsRegisteringDistinctPairsGetDistinctFiles) {
+  Host(cache.Native());
+  constexpr int kThreads = 8;
+  constexpr int kPairs = 100;
+  std::vector<std::vector<UTF16String>> results(kThreads, std::vector<UTF16String>(kPairs));
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([t, &results] {
+      for (int i = 0; i < kPairs; ++i) {
+        const UTF16String folder = U16("C:\\Media\\T" + std::to_string(t));
+        const UTF16String name = U16("n" + std::to_string(i));
+        EXPECT_EQ(FolderRegistrar::RegisterFolder(folder, name, results[t][i]), 0u);
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  std::set<UTF16String> distinct;
+  for (const auto& perThread : results) {
+    for (const auto& file : perThread) {
+      distinct.insert(file);
+      EXPECT_TRUE(foundation_test::Exists(foundation_test::Native(file))) << U8(file);
+    }
+  }
+  EXPECT_EQ(distinct.size(), static_cast<std::size_t>(kThreads * kPairs));
+  EXPECT_EQ(CacheFiles().size(), static_cast<std::size_t>(kThreads * kPairs));
+
+  Restart();
+  for (int t = 0; t < kThreads; ++t) {
+    for (int i = 0; i < kPairs; ++i) {
+      UTF16String found;
+      ASSERT_EQ(FolderRegistrar::FindFolder(U16("C:\\Media\\T" + std::to_string(t)),
+                                            U16("n" + std::to_string(i)), found),
+                0u);
+      EXPECT_EQ(found, results[t][i]);
+    }
+  }
+}
+
+// --- a second process ------------------------------------------------------------
+
+// Run by RunChild: registers or finds the pairs listed in TOV_TEST_PAIRS
+// ("folder|name" per line) in the cache folder TOV_TEST_CACHE, writing
+// "status|path" per line to TOV_TEST_OUT.
+void ChildWork(bool registering) {
+  const char* cacheFolder = std::getenv("TOV_TEST_CACHE");
+  const char* pairsFile = std::getenv("TOV_TEST_PAIRS");
+  const char* outFile = std::getenv("TOV_TEST_OUT");
+  ASSERT_NE(cacheFolder, nullptr);
+  ASSERT_NE(pairsFile, nullptr);
+  ASSERT_NE(outFile, nullptr);
+  FakeHost host;
+  host.SetFolder(TOV::Paths::kCacheFolderEntry, foundation_test::Lib(cacheFolder));
+  ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
+  std::istringstream pairs(foundation_test::ReadFileBytes(pairsFile));
+  std::ostringstream out;
+  std::string line;
+  while (std::getline(pairs, line)) {
+    const auto bar = line.find('|');
+    const UTF16String folder = U16(line.substr(0, bar));
+    const UTF16String name = U16(line.substr(bar + 1));
+    UTF16String file;
+    const std::uint32_t status = registering ? FolderRegistrar::RegisterFolder(folder, name, file)
+                                             : FolderRegistrar::FindFolder(folder, name, file);
+    out << status << '|' << U8(file) << '\n';
+  }
+  foundation_test::WriteFileBytes(outFile, out.str());
+  TOVFoundation::Terminate(&host);
+  // The registry is saved once more at exit; this process ends here.
+}
+
+TEST(ChildProcess, RegistrarRegisters) {
+  if (!foundation_test::IsChild()) GTEST_SKIP() << "runs only as a second process";
+  ChildWork(true);
+}
+
+TEST(ChildProcess, RegistrarFinds) {
+  if (!foundation_test::IsChild()) GTEST_SKIP() << "runs only as a second process";
+  ChildWork(false);
+}
+
+TEST(RegistrarRestart, SecondProcessFindsFirstProcessAssignmentsAndPlistlibAgrees) {
+  TempFolder temp;
+  const std::string cacheFolder = temp.NativeOf("cache");
+  foundation_test::WriteFileBytes(temp.NativeOf("pairs"),
+                                  "C:\\Media|Thumbs\nC:\\Media\\|Thumbs\nD:\\Clips ✓|\n"
+                                  "c:\\media|Thumbs\nE:\\<&>|\"q\"\n");
+  const std::map<std::string, std::string> env{{"TOV_TEST_CACHE", cacheFolder},
+                                               {"TOV_TEST_PAIRS", temp.NativeOf("pairs")},
+                                               {"TOV_TEST_OUT", temp.NativeOf("registered")}};
+  ASSERT_EQ(foundation_test::RunChild("ChildProcess.RegistrarRegisters", env), 0);
+  auto findEnv = env;
+  findEnv["TOV_TEST_OUT"] = temp.NativeOf("found");
+  ASSERT_EQ(foundation_test::RunChild("ChildProcess.RegistrarFinds", findEnv), 0);
+
+  const std::string registered = foundation_test::ReadFileBytes(temp.NativeOf("registered"));
+  EXPECT_EQ(foundation_test::ReadFileBytes(temp.NativeOf("found")), registered);
+  std::istringstream lines(registered);
+  std::string line;
+  std::set<std::string> files;
+  while (std::getline(lines, line)) {
+    EXPECT_EQ(line.substr(0, 2), "0|") << line;
+    files.insert(line.substr(2));
+  }
+  EXPECT_EQ(files.size(), 4u);  // the first two pairs share a key
+
+  // Python's plistlib reads the list: the same keys and "CacheFile" values.
+  const std::string script =
+      "import plistlib, sys\n"
+      "with open(sys.argv[1], 'rb') as f: d = plistlib.load(f)\n"
+      "for k in sorted(d): sys.stdout.write(k + '|' + d[k]['CacheFile'] + '\\n')\n";
+  foundation_test::WriteFileBytes(temp.NativeOf("read.py"), script);
+  const std::string command = "/usr/bin/python3 " + temp.NativeOf("read.py") + " '" + cacheFolder +
+                              "/MasterFolderList.xml'";
+  FILE* pipe = ::popen(command.c_str(), "r");
+  ASSERT_NE(pipe, nullptr);
+  std::string out;
+  char buffer[4096];
+  while (std::size_t got = std::fread(buffer, 1, sizeof buffer, pipe)) out.append(buffer, got);
+  ASSERT_EQ(::pclose(pipe), 0);
+
+  std::istringstream pairs(foundation_test::ReadFileBytes(temp.NativeOf("pairs")));
+  std::istringstream results(registered);
+  std::set<std::string> expected;
+  std::string pair, result;
+  while (std::getline(pairs, pair) && std::getline(results, result)) {
+    const auto bar = pair.find('|');
+    const std::string key =
+        tov::foundation::RegistrarKey(U16(pair.substr(0, bar)), U16(pair.substr(bar + 1)));
+    expected.insert(key + "|" + result.substr(2));
+  }
+  std::set<std::string> seen;
+  std::istringstream outLines(out);
+  while (std::getline(outLines, line)) seen.insert(line);
+  EXPECT_EQ(seen.size(), 4u);  // "C:\Media" and "C:\Media\" share a key
+  for (const auto& entry : seen) EXPECT_EQ(expected.count(entry), 1u) << entry;
+}
+
+}  // namespace
