@@ -26,3 +26,8 @@ if(NOT TARGET pugixml::pugixml AND TARGET pugixml)
 endif()
 
 set(TOV_PRIVATE_LIBS pugixml::pugixml Threads::Threads ${CMAKE_DL_LIBS})
+if(WIN32)
+  # The Win32 backend's shell (SHCreateDirectoryExW, SHFileOperationW) and COM
+  # (CoCreateGuid) calls.
+  list(APPEND TOV_PRIVATE_LIBS shell32 ole32)
+endif()

@@ -1,10 +1,9 @@
 // Win32 backend of the OS layer: the thread's last-error slot.
 // Only code that works on every supported Windows version belongs here.
-#include <windows.h>
-
 #include <cstdint>
 
 #include "platform/error.h"
+#include "platform/win32/win32_support.h"
 
 namespace tov::platform {
 

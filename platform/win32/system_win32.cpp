@@ -1,7 +1,5 @@
 // Win32 backend of the OS layer: process, thread, clock, environment and path spelling.
 // Only code that works on every supported Windows version belongs here.
-#include <windows.h>
-
 #include <cstdint>
 #include <optional>
 #include <string>

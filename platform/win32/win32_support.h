@@ -1,8 +1,47 @@
 // Win32 backend of the OS layer: helpers shared by the backend's files.
 // Only code that works on every supported Windows version belongs here.
+//
+// The backend's files include the system's headers only through this one: it
+// brings in <windows.h> and the shell and COM headers, then removes the A/W
+// macros whose names the OS layer uses for its own functions (CreateFile,
+// FindFirstFile, …), so that tov::platform::CreateFile keeps its name in the
+// backend as in the portable code, whichever order the includes come in.
 #pragma once
 
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
 #include <windows.h>
+// The order matters: these need <windows.h> first.
+#include <objbase.h>
+#include <shellapi.h>
+#include <shlobj.h>
+
+#undef CopyFileEx
+#undef CreateEvent
+#undef CreateFile
+#undef DeleteFile
+#undef EnumResourceNames
+#undef FindFirstFile
+#undef FindNextFile
+#undef FindResource
+#undef GetCurrentDirectory
+#undef GetDiskFreeSpaceEx
+#undef GetFileAttributes
+#undef GetFileAttributesEx
+#undef GetModuleFileName
+#undef GetTempFileName
+#undef GetTempPath
+#undef GetTimeFormat
+#undef LoadLibraryEx
+#undef MoveFile
+#undef MoveFileEx
+#undef SetCurrentDirectory
+#undef SHCreateDirectoryEx
+#undef SHFileOperation
 
 #include <cstdint>
 #include <string>
@@ -25,10 +64,11 @@ inline std::wstring Wide(UTF16StringView text) {
 inline UTF16String FromWide(const wchar_t* text, std::size_t length) {
   return UTF16String(reinterpret_cast<const unsigned short*>(text), length);
 }
+inline UTF16String FromWide(const wchar_t* text) { return FromWide(text, ::wcslen(text)); }
 inline UTF16String FromWide(const std::wstring& text) { return FromWide(text.data(), text.size()); }
 
-// The thread's last error, never 0: what a failed call left, or
-// kErrorGenFailure when it left nothing.
+// The thread's last error, never 0: what a failed call left, or `fallback`
+// when it left nothing.
 inline std::uint32_t LastErrorOr(std::uint32_t fallback = kErrorGenFailure) {
   const DWORD error = ::GetLastError();
   return error != 0 ? static_cast<std::uint32_t>(error) : fallback;
@@ -37,6 +77,11 @@ inline std::uint32_t LastErrorOr(std::uint32_t fallback = kErrorGenFailure) {
 // Makes sure a failure leaves a non-zero last error.
 inline void KeepFailureCode(std::uint32_t fallback = kErrorGenFailure) {
   ::SetLastError(static_cast<DWORD>(LastErrorOr(fallback)));
+}
+
+// A FILETIME as one 64-bit count of 100 ns units since 1601-01-01 UTC.
+inline std::uint64_t FileTimeValue(const FILETIME& time) {
+  return (static_cast<std::uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
 }
 
 }  // namespace tov::platform::win32
