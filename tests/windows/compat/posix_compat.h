@@ -11,6 +11,9 @@
 
 #ifdef __cplusplus
 
+#ifndef _FILE_OFFSET_BITS
+#define _FILE_OFFSET_BITS 64  // 64-bit off_t, ftruncate and lseek, as on Linux
+#endif
 #ifndef _POSIX_THREAD_SAFE_FUNCTIONS
 #define _POSIX_THREAD_SAFE_FUNCTIONS 200112L  // gmtime_r, localtime_r from <time.h>
 #endif
@@ -38,6 +41,12 @@
 #ifndef AT_FDCWD
 #define AT_FDCWD (-100)
 #endif
+
+// Files are bytes: open, fopen and the standard streams without an explicit
+// mode translate no line ends, as on POSIX.
+namespace {
+[[maybe_unused]] const int kTovCompatBinaryFiles = (_fmode = _O_BINARY, 0);
+}  // namespace
 
 // Environment. The runtime cannot hold an empty value: setting "" removes
 // the variable, as unsetenv does.
