@@ -47,7 +47,8 @@ std::FILE* OpenCFile(const unsigned short* path, const char* mode) {
   }
   const std::wstring wideMode(mode, mode + std::char_traits<char>::length(mode));
   ::SetLastError(0);
-  std::FILE* file = ::_wfopen(reinterpret_cast<const wchar_t*>(path), wideMode.c_str());
+  const std::wstring widePath = win32::WidePath(UTF16StringView(path));
+  std::FILE* file = ::_wfopen(widePath.c_str(), wideMode.c_str());
   if (file == nullptr) KeepRuntimeFailure();
   return file;
 }
@@ -69,7 +70,7 @@ bool RemoveCFile(const unsigned short* path) {
     return false;
   }
   ::SetLastError(0);
-  if (::_wremove(reinterpret_cast<const wchar_t*>(path)) == 0) return true;
+  if (::_wremove(win32::WidePath(UTF16StringView(path)).c_str()) == 0) return true;
   KeepRuntimeFailure();
   return false;
 }

@@ -7,8 +7,8 @@
 namespace tov::platform {
 
 bool MoveFileEx(UTF16StringView source, UTF16StringView target, std::uint32_t flags) {
-  const std::wstring from = win32::Wide(source);
-  const std::wstring to = win32::Wide(target);
+  const std::wstring from = win32::WidePath(source);
+  const std::wstring to = win32::WidePath(target);
   // Only the two flags the layer knows reach the system; the rest are ignored,
   // as the header says.
   const DWORD known = flags & (MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);

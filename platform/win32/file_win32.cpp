@@ -29,7 +29,7 @@ bool Usable(FileHandle file) {
 FileHandle CreateFile(UTF16StringView libraryPath, std::uint32_t desiredAccess,
                       std::uint32_t shareMode, std::uint32_t creationDisposition,
                       std::uint32_t flagsAndAttributes) {
-  const std::wstring path = win32::Wide(libraryPath);
+  const std::wstring path = win32::WidePath(libraryPath);
   // Handles are not inherited by programs the process starts (no security
   // attributes: bInheritHandle false).
   const HANDLE handle = ::CreateFileW(path.c_str(), desiredAccess, shareMode, nullptr,
@@ -143,7 +143,7 @@ bool CloseHandle(FileHandle file) {
 }
 
 bool DeleteFile(UTF16StringView libraryPath) {
-  const std::wstring path = win32::Wide(libraryPath);
+  const std::wstring path = win32::WidePath(libraryPath);
   if (!::DeleteFileW(path.c_str())) {
     win32::KeepFailureCode();
     return false;

@@ -15,14 +15,14 @@ namespace tov::platform {
 // --- attributes ---------------------------------------------------------------
 
 std::uint32_t GetFileAttributes(const UTF16String& path) {
-  const DWORD attributes = ::GetFileAttributesW(win32::Wide(path).c_str());
+  const DWORD attributes = ::GetFileAttributesW(win32::WidePath(path).c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES) win32::KeepFailureCode(kErrorFileNotFound);
   return static_cast<std::uint32_t>(attributes);
 }
 
 bool GetFileAttributesEx(const UTF16String& path, FileAttributeData* data) {
   WIN32_FILE_ATTRIBUTE_DATA found{};
-  if (!::GetFileAttributesExW(win32::Wide(path).c_str(), GetFileExInfoStandard, &found)) {
+  if (!::GetFileAttributesExW(win32::WidePath(path).c_str(), GetFileExInfoStandard, &found)) {
     win32::KeepFailureCode(kErrorFileNotFound);
     return false;
   }
@@ -37,7 +37,7 @@ bool GetFileAttributesEx(const UTF16String& path, FileAttributeData* data) {
 // --- folders ----------------------------------------------------------------
 
 std::uint32_t CreateDirectoryWithParents(const UTF16String& path) {
-  const int result = ::SHCreateDirectoryExW(nullptr, win32::Wide(path).c_str(), nullptr);
+  const int result = ::SHCreateDirectoryExW(nullptr, win32::WidePath(path).c_str(), nullptr);
   ::SetLastError(static_cast<DWORD>(result));
   return static_cast<std::uint32_t>(result);
 }
@@ -109,7 +109,7 @@ bool MatchesPattern(const UTF16String& pattern, const UTF16String& name) {
 
 FindHandle FindFirstFile(const UTF16String& pattern, FindData* data) {
   WIN32_FIND_DATAW found{};
-  const HANDLE handle = ::FindFirstFileW(win32::Wide(pattern).c_str(), &found);
+  const HANDLE handle = ::FindFirstFileW(win32::WidePath(pattern).c_str(), &found);
   if (handle == INVALID_HANDLE_VALUE) {
     win32::KeepFailureCode(kErrorFileNotFound);
     return nullptr;
@@ -160,7 +160,7 @@ std::optional<UTF16String> GetCurrentDirectory() {
 }
 
 bool SetCurrentDirectory(const UTF16String& path) {
-  if (!::SetCurrentDirectoryW(win32::Wide(path).c_str())) {
+  if (!::SetCurrentDirectoryW(win32::WidePath(path).c_str())) {
     win32::KeepFailureCode(kErrorPathNotFound);
     return false;
   }
@@ -178,7 +178,7 @@ void SetFreeSpaceAnswerForTesting(FreeSpaceAnswer answer) { gFreeSpaceAnswer = a
 bool GetDiskFreeSpaceEx(const UTF16String& path, std::uint64_t* freeBytesAvailable) {
   if (gFreeSpaceAnswer != nullptr) return gFreeSpaceAnswer(path, freeBytesAvailable);
   ULARGE_INTEGER available{};
-  if (!::GetDiskFreeSpaceExW(win32::Wide(path).c_str(), &available, nullptr, nullptr)) {
+  if (!::GetDiskFreeSpaceExW(win32::WidePath(path).c_str(), &available, nullptr, nullptr)) {
     win32::KeepFailureCode(kErrorPathNotFound);
     return false;
   }
@@ -204,8 +204,8 @@ UTF16String GetTempPath() {
 std::uint32_t GetTempFileName(const UTF16String& folder, const UTF16String& prefix,
                               UTF16String* out) {
   wchar_t buffer[MAX_PATH + 1] = {};
-  const UINT unique =
-      ::GetTempFileNameW(win32::Wide(folder).c_str(), win32::Wide(prefix).c_str(), 0, buffer);
+  const UINT unique = ::GetTempFileNameW(win32::WidePath(folder).c_str(),
+                                         win32::WidePath(prefix).c_str(), 0, buffer);
   if (unique == 0) {
     win32::KeepFailureCode(kErrorDirectory);
     return 0;
@@ -242,7 +242,7 @@ bool CopyFileEx(const UTF16String& source, const UTF16String& target, CopyProgre
   ProgressRelay relay{progress, data};
   // BOOL is an int: the caller's flag is read by the system as it is.
   BOOL* cancelFlag = const_cast<BOOL*>(reinterpret_cast<const BOOL*>(cancel));
-  if (!::CopyFileExW(win32::Wide(source).c_str(), win32::Wide(target).c_str(),
+  if (!::CopyFileExW(win32::WidePath(source).c_str(), win32::WidePath(target).c_str(),
                      progress != nullptr ? RelayProgress : nullptr,
                      progress != nullptr ? &relay : nullptr, cancelFlag,
                      failIfExists ? COPY_FILE_FAIL_IF_EXISTS : 0)) {
@@ -254,7 +254,7 @@ bool CopyFileEx(const UTF16String& source, const UTF16String& target, CopyProgre
 }
 
 bool MoveFile(const UTF16String& source, const UTF16String& target) {
-  if (!::MoveFileW(win32::Wide(source).c_str(), win32::Wide(target).c_str())) {
+  if (!::MoveFileW(win32::WidePath(source).c_str(), win32::WidePath(target).c_str())) {
     win32::KeepFailureCode();
     return false;
   }
@@ -263,7 +263,7 @@ bool MoveFile(const UTF16String& source, const UTF16String& target) {
 
 std::uint32_t MoveToTrash(const UTF16String& path) {
   // The source list ends in two NULs.
-  std::wstring from = win32::Wide(path);
+  std::wstring from = win32::WidePath(path);
   from.push_back(L'\0');
   SHFILEOPSTRUCTW operation{};
   operation.hwnd = nullptr;

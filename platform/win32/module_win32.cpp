@@ -37,8 +37,8 @@ BOOL CALLBACK RelayResourceName(HMODULE module, LPCSTR /*type*/, LPSTR name, LON
 }  // namespace
 
 ModuleHandle LoadLibraryEx(UTF16StringView libraryPath, std::uint32_t flags) {
-  const HMODULE module =
-      ::LoadLibraryExW(win32::Wide(libraryPath).c_str(), nullptr, flags & kLoadLibraryAsDatafile);
+  const HMODULE module = ::LoadLibraryExW(win32::WidePath(libraryPath).c_str(), nullptr,
+                                          flags & kLoadLibraryAsDatafile);
   if (module == nullptr) win32::KeepFailureCode(kErrorModNotFound);
   return module;
 }

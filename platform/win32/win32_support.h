@@ -60,6 +60,21 @@ inline std::wstring Wide(UTF16StringView text) {
   return std::wstring(reinterpret_cast<const wchar_t*>(text.data()), text.size());
 }
 
+// A library path as the W functions take it. The system leaves paths with the
+// long-path prefix "\\?\" exactly as they are, forward slashes included, and
+// the library adds that prefix to every path it opens (ToNormalizedPath); so
+// here a prefixed path gets its forward slashes turned into backslashes, the
+// normalisation the system applies to every unprefixed path.
+inline std::wstring WidePath(UTF16StringView path) {
+  std::wstring wide = Wide(path);
+  if (wide.size() >= 4 && wide.compare(0, 4, L"\\\\?\\") == 0) {
+    for (std::size_t i = 4; i < wide.size(); ++i) {
+      if (wide[i] == L'/') wide[i] = L'\\';
+    }
+  }
+  return wide;
+}
+
 // System text ⇒ library text.
 inline UTF16String FromWide(const wchar_t* text, std::size_t length) {
   return UTF16String(reinterpret_cast<const unsigned short*>(text), length);
