@@ -29,6 +29,12 @@ bool Usable(FileHandle file) {
 FileHandle CreateFile(UTF16StringView libraryPath, std::uint32_t desiredAccess,
                       std::uint32_t shareMode, std::uint32_t creationDisposition,
                       std::uint32_t flagsAndAttributes) {
+  // Truncating needs write access: refused before the system is asked, as
+  // the call's contract says.
+  if (creationDisposition == TRUNCATE_EXISTING && (desiredAccess & GENERIC_WRITE) == 0) {
+    ::SetLastError(ERROR_INVALID_PARAMETER);
+    return FileHandle::Invalid();
+  }
   const std::wstring path = win32::WidePath(libraryPath);
   // Handles are not inherited by programs the process starts (no security
   // attributes: bInheritHandle false).
@@ -69,6 +75,27 @@ bool WriteFile(FileHandle file, const void* buffer, std::uint32_t count,
 std::uint32_t SetFilePointer(FileHandle file, std::int32_t distance, std::int32_t* distanceHigh,
                              std::uint32_t moveMethod) {
   if (!Usable(file)) return kInvalidSetFilePointer;
+  if (distanceHigh == nullptr) {
+    // Without a high part the new position must fit in 32 bits; otherwise the
+    // call fails and the file pointer stays where it was.
+    LARGE_INTEGER zero{};
+    LARGE_INTEGER before{};
+    LARGE_INTEGER after{};
+    LARGE_INTEGER move{};
+    move.QuadPart = distance;
+    if (!::SetFilePointerEx(Native(file), zero, &before, FILE_CURRENT) ||
+        !::SetFilePointerEx(Native(file), move, &after, moveMethod)) {
+      win32::KeepFailureCode();
+      return kInvalidSetFilePointer;
+    }
+    if (after.QuadPart > 0xFFFFFFFFll) {
+      ::SetFilePointerEx(Native(file), before, nullptr, FILE_BEGIN);
+      ::SetLastError(ERROR_INVALID_PARAMETER);
+      return kInvalidSetFilePointer;
+    }
+    ::SetLastError(0);
+    return static_cast<std::uint32_t>(after.QuadPart);
+  }
   LONG high = distanceHigh != nullptr ? static_cast<LONG>(*distanceHigh) : 0;
   // The call answers 0xFFFFFFFF both for failure and for a low part of
   // 0xFFFFFFFF; the last error tells them apart, so it starts at 0.

@@ -37,7 +37,12 @@ bool GetFileAttributesEx(const UTF16String& path, FileAttributeData* data) {
 // --- folders ----------------------------------------------------------------
 
 std::uint32_t CreateDirectoryWithParents(const UTF16String& path) {
-  const int result = ::SHCreateDirectoryExW(nullptr, win32::WidePath(path).c_str(), nullptr);
+  // The shell splits the path at backslashes only.
+  std::wstring wide = win32::WidePath(path);
+  for (wchar_t& unit : wide) {
+    if (unit == L'/') unit = L'\\';
+  }
+  const int result = ::SHCreateDirectoryExW(nullptr, wide.c_str(), nullptr);
   ::SetLastError(static_cast<DWORD>(result));
   return static_cast<std::uint32_t>(result);
 }

@@ -1,6 +1,8 @@
 // Win32 backend of the OS layer: loadable modules and their embedded resources.
 // Only code that works on every supported Windows version belongs here.
 #include <cstdint>
+#include <map>
+#include <mutex>
 
 #include "platform/error.h"
 #include "platform/module.h"
@@ -33,6 +35,11 @@ BOOL CALLBACK RelayResourceName(HMODULE module, LPCSTR /*type*/, LPSTR name, LON
              ? TRUE
              : FALSE;
 }
+
+// LoadResource's answers and the FindResource handles they came from, so
+// SizeofResource takes either (the layer's callers hold the loaded one).
+std::mutex gLoadedLock;
+std::map<HGLOBAL, HRSRC> gLoadedFrom;
 
 }  // namespace
 
@@ -85,7 +92,12 @@ ResourceHandle FindResource(ModuleHandle module, std::uintptr_t name, const char
 ResourceHandle LoadResource(ModuleHandle module, ResourceHandle resource) {
   if (resource == nullptr) return nullptr;
   const HGLOBAL loaded = ::LoadResource(Native(module), static_cast<HRSRC>(resource));
-  if (loaded == nullptr) win32::KeepFailureCode(kErrorResourceDataNotFound);
+  if (loaded == nullptr) {
+    win32::KeepFailureCode(kErrorResourceDataNotFound);
+    return nullptr;
+  }
+  std::lock_guard<std::mutex> guard(gLoadedLock);
+  gLoadedFrom[loaded] = static_cast<HRSRC>(resource);
   return loaded;
 }
 
@@ -94,10 +106,17 @@ const void* LockResource(ResourceHandle resource) {
   return ::LockResource(static_cast<HGLOBAL>(resource));
 }
 
-// Takes the handle FindResource gave, as the system does.
+// Takes the handle FindResource gave, as the system does, or the one
+// LoadResource made from it.
 std::uint32_t SizeofResource(ModuleHandle module, ResourceHandle resource) {
   if (resource == nullptr) return 0;
-  return static_cast<std::uint32_t>(::SizeofResource(Native(module), static_cast<HRSRC>(resource)));
+  HRSRC found = static_cast<HRSRC>(resource);
+  {
+    std::lock_guard<std::mutex> guard(gLoadedLock);
+    const auto loaded = gLoadedFrom.find(static_cast<HGLOBAL>(resource));
+    if (loaded != gLoadedFrom.end()) found = loaded->second;
+  }
+  return static_cast<std::uint32_t>(::SizeofResource(Native(module), found));
 }
 
 // Resources live as long as their module; the system's FreeResource is a
