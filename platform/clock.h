@@ -31,6 +31,6 @@ void GetSystemTime(SystemTime* out);
 // POSIX: strftime_l "%X" in the locale the environment names (newlocale with
 // ""; the "C" locale when that one is not installed), the local time zone
 // from TZ; the process locale (setlocale) is never touched.
-int GetTimeFormat(unsigned short* buffer, int bufferUnits);
+int GetTimeFormatW(unsigned short* buffer, int bufferUnits);
 
 }  // namespace tov::platform

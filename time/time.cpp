@@ -125,10 +125,10 @@ void GetSystemTime(VDateTime* dateTime) {
 }
 
 UTF16String GetSystemTimeAsString() {
-  const int needed = tov::platform::GetTimeFormat(nullptr, 0);
+  const int needed = tov::platform::GetTimeFormatW(nullptr, 0);
   if (needed <= 0) return UTF16String();
   std::vector<unsigned short> buffer(static_cast<std::size_t>(needed), 0);
-  tov::platform::GetTimeFormat(buffer.data(), needed);
+  tov::platform::GetTimeFormatW(buffer.data(), needed);
   UTF16String text;
   for (const unsigned short unit : buffer) {
     if (unit == 0) break;

@@ -410,11 +410,18 @@ inline constexpr std::uint32_t kTimecodeFormat_Milliseconds = 201;   // 1000 fps
 //     seconds, seconds and minutes above 59 carry, hours wrap modulo 24.
 //   - feet and frames: "feet+frames" (also ".", ":", ";"), or 1–2 digits as
 //     frames only, or 3–8 digits as feet then two frame digits.
-//   - Rejected text ⇒ kTime_Invalid: "12:3a", "1::2", "1:2:3:4:5", "", "-",
-//     any character other than digits, signs and separators. Digit groups of
-//     any length are accepted and wrap in unsigned 32-bit arithmetic; the
-//     value of a group is a 32-bit field (two's complement) except a frame
-//     count, which is taken as an unsigned 32-bit number.
+//   - Empty text ⇒ kTime_Zero. Rejected text ⇒ kTime_Invalid: "12:3a",
+//     "1::2", "1:2:3:4:5", "-", "+", "::", any character other than digits,
+//     signs and separators (non-ASCII digits and NUL included). Feet and
+//     frames without any digit or separator ("-", "+") are rejected too; a
+//     lone separator (":") is 0 feet 0 frames.
+//   - Digit groups of any length are accepted and wrap in unsigned 32-bit
+//     arithmetic; a group is then a 32-bit field (two's complement), except a
+//     frame count (format 109, a leading separator, feet and frames), which
+//     is taken as an unsigned 32-bit number.
+//   - With addOneFrame (subtractOneFrame for SetTime) one frame at the rate
+//     is added; for field text it is added after the sign is applied
+//     ("-00:00:01:00" ⇒ -1 s + 1 frame), for frame counts and feet before it.
 //   - A rate whose value is below 0.5 fps (the sentinel, negative rates)
 //     leaves the frames field as typed: no frames carry into seconds. Where a
 //     field is counted with a whole rate of 0 or less (for example format 200
@@ -427,6 +434,10 @@ inline constexpr std::uint32_t kTimecodeFormat_Milliseconds = 201;   // 1000 fps
 // and to the platform's debugger output (OutputDebugStringA on Windows; on
 // POSIX stderr, only when the environment variable TOV_TRACE is set to a
 // non-empty value other than "0"). With neither, no line is formatted.
+//
+// Caller contract: the formats that count at the caller's rate (109, 111,
+// 112, 200) divide by its ticks per frame, so a rate made by
+// FrameRate::Create(0) is undefined there, as for Time::ToFrame64.
 //
 // Not thread-safe: a Timecode is used by one thread at a time.
 class TOV_API Timecode {

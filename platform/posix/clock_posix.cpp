@@ -94,7 +94,7 @@ bool FormatLocalTimeOfDay(UTF16String& text) {
 
 }  // namespace
 
-int GetTimeFormat(unsigned short* buffer, int bufferUnits) {
+int GetTimeFormatW(unsigned short* buffer, int bufferUnits) {
   if (bufferUnits < 0 || (bufferUnits > 0 && buffer == nullptr)) {
     SetLastError(kErrorInvalidParameter);
     return 0;

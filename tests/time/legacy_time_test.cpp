@@ -1,13 +1,18 @@
 // Legacy time records: sample and frame count conversions, system clock.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
+#include <iterator>
 #include <optional>
 #include <regex>
 #include <string>
 
 #include "basalt/utf.h"
+#include "platform/clock.h"
+#include "platform/error.h"
 #include "tovfoundation/time.h"
 
 namespace {
@@ -176,6 +181,28 @@ TEST(LegacyTime, TimeStringIsLocalTimeWhileSystemTimeIsUtc) {
     return;
   }
   FAIL() << "the clock never stood still for one second";
+}
+
+TEST(ClockLayer, TimeFormatAnswersTheLengthThenFills) {
+  const ScopedEnv lcAll("LC_ALL", "C");
+  const int needed = tov::platform::GetTimeFormatW(nullptr, 0);
+  ASSERT_EQ(needed, 9);  // "hh:mm:ss" and the NUL
+  unsigned short buffer[16];
+  std::fill(std::begin(buffer), std::end(buffer), 0xFFFF);
+  EXPECT_EQ(tov::platform::GetTimeFormatW(buffer, 16), 9);
+  EXPECT_EQ(buffer[8], 0);
+  EXPECT_EQ(buffer[2], u':');
+  EXPECT_EQ(buffer[9], 0xFFFF);
+}
+
+TEST(ClockLayer, TimeFormatReportsShortAndNullBuffers) {
+  const ScopedEnv lcAll("LC_ALL", "C");
+  unsigned short buffer[4];
+  tov::platform::SetLastError(0);
+  EXPECT_EQ(tov::platform::GetTimeFormatW(buffer, 4), 0);
+  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorInsufficientBuffer);
+  EXPECT_EQ(tov::platform::GetTimeFormatW(nullptr, 4), 0);
+  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorInvalidParameter);
 }
 
 }  // namespace

@@ -255,7 +255,9 @@ TEST(Timecode, ParsingWithoutARateNeverHangs) {
   EXPECT_EQ(Parse("0:0:0:100", FrameRate(), 200), Time(100, FrameRate()));
   EXPECT_EQ(Parse("0:0:1:100", FrameRate(-25.0), 200).GetTicks(),
             Time(100 - 25, FrameRate(-25.0)).GetTicks());
-  EXPECT_EQ(Parse("4294967295", FrameRate(0.6), 200), Parse("4294967295", FrameRate(0.6), 200));
+  // Just above half a frame per second every frame carries one second:
+  // 42:94:96:72:95 ⇒ 95 frames into seconds ⇒ 23:38:47:00 ⇒ trunc(0.6 × 85127) frames.
+  EXPECT_EQ(Parse("4294967295", FrameRate(0.6), 200), Time(51076, FrameRate(0.6)));
   Timecode tc(Time(), FrameRate(), 200);
   tc.SetTime(u"1:2:3:4"_u16);  // 4 frames of INT64_MAX ticks: -4 ticks
   EXPECT_EQ(tc.GetTime().GetTicks(), -4);
@@ -483,6 +485,16 @@ TEST(Timecode, FormatRatesDriveTheFrameBase) {
     EXPECT_EQ(Text(tc), rows[i].text);
     EXPECT_EQ(Parse(rows[i].text, rows[i].given, rows[i].format), Time(rows[i].frames, rates[i]));
   }
+}
+
+TEST(Timecode, AddOneFrameFollowsTheSignForFieldsAndPrecedesItForCounts) {
+  const FrameRate pal = FR::kFrameRate_VideoPAL;
+  EXPECT_EQ(Parse("-00:00:01:00", pal, 101, true), Time(-24, pal));
+  EXPECT_EQ(Parse("00:00:01:00", pal, 101, true), Time(26, pal));
+  EXPECT_EQ(Parse("-25", pal, 109, true), Time(-26, pal));
+  EXPECT_EQ(Parse("-:25", pal, 101, true), Time(-26, pal));
+  EXPECT_EQ(Parse("-1+01", pal, 111, true), Time(-42, pal));
+  EXPECT_EQ(Parse("00:00:00.500", pal, 201, true), Time(501, FrameRate(1000.0)));
 }
 
 }  // namespace
