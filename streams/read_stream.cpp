@@ -60,6 +60,9 @@ void DestroyState(detail::ReadStreamState* state) {
   delete state;
 }
 
+// FlipBytes for operations that hold the lock already.
+bool Reversed(const detail::ReadStreamState& state) { return state.order != kHaldLittleEndian; }
+
 void CopyBytes(void* to, const void* from, std::uint32_t count) {
   if (count != 0) std::memcpy(to, from, count);
 }
@@ -159,7 +162,7 @@ std::uint32_t CReadStream::ReadShort(std::int16_t* value) const {
   StreamGuard guard(mState->lock);
   std::int16_t raw = 0;
   const std::uint32_t status = Read(2, &raw);
-  if (status == TOV::kSuccess) *value = FlipBytes() ? FlipShort(raw) : raw;
+  if (status == TOV::kSuccess) *value = Reversed(*mState) ? FlipShort(raw) : raw;
   return status;
 }
 
@@ -167,7 +170,7 @@ std::uint32_t CReadStream::ReadInt(std::int32_t* value) const {
   StreamGuard guard(mState->lock);
   std::int32_t raw = 0;
   const std::uint32_t status = Read(4, &raw);
-  if (status == TOV::kSuccess) *value = FlipBytes() ? FlipInteger(raw) : raw;
+  if (status == TOV::kSuccess) *value = Reversed(*mState) ? FlipInteger(raw) : raw;
   return status;
 }
 
@@ -176,7 +179,7 @@ std::uint32_t CReadStream::ReadFloat(float* value) const {
   float raw = 0;
   const std::uint32_t status = Read(4, &raw);
   if (status == TOV::kSuccess) {
-    if (FlipBytes()) Flip(&raw, 4);
+    if (Reversed(*mState)) Flip(&raw, 4);
     *value = raw;
   }
   return status;
@@ -187,7 +190,7 @@ std::uint32_t CReadStream::ReadDouble(double* value) const {
   double raw = 0;
   const std::uint32_t status = Read(8, &raw);
   if (status == TOV::kSuccess) {
-    if (FlipBytes()) Flip(&raw, 8);
+    if (Reversed(*mState)) Flip(&raw, 8);
     *value = raw;
   }
   return status;
@@ -199,7 +202,7 @@ std::uint32_t CReadStream::ReadInt(std::int64_t* value) const {
   const std::uint32_t status = Read(8, &raw);
   // Only the platform's own order stores the value; any other consumes the
   // bytes and reports success without storing (kept deliberately).
-  if (status == TOV::kSuccess && !FlipBytes()) *value = raw;
+  if (status == TOV::kSuccess && !Reversed(*mState)) *value = raw;
   return status;
 }
 
@@ -289,7 +292,7 @@ std::uint32_t CReadStream::PeekByte(unsigned char* value) {
 
 bool CReadStream::FlipBytes() const {
   StreamGuard guard(mState->lock);
-  return mState->order != kHaldLittleEndian;
+  return Reversed(*mState);
 }
 
 }  // namespace Halyard

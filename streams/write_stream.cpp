@@ -68,6 +68,9 @@ void DestroyState(detail::WriteStreamState* state) {
   delete state;
 }
 
+// FlipBytes for operations that hold the lock already.
+bool Reversed(const detail::WriteStreamState& state) { return state.order != kHaldLittleEndian; }
+
 // Writes the bytes of a value most significant first, one PutByte each,
 // stopping at the first failure.
 template <class Unsigned>
@@ -189,33 +192,33 @@ std::uint32_t CWriteStream::PutByte(unsigned char value) {
 
 std::uint32_t CWriteStream::PutShort(std::int16_t value) {
   StreamGuard guard(mState->lock);
-  if (!FlipBytes()) return Write(2, &value);
+  if (!Reversed(*mState)) return Write(2, &value);
   return PutReversed(*this, static_cast<std::uint16_t>(value));
 }
 
 std::uint32_t CWriteStream::PutInt(std::int32_t value) {
   StreamGuard guard(mState->lock);
-  if (!FlipBytes()) return Write(4, &value);
+  if (!Reversed(*mState)) return Write(4, &value);
   return PutReversed(*this, static_cast<std::uint32_t>(value));
 }
 
 std::uint32_t CWriteStream::PutInt64(std::int64_t value) {
   StreamGuard guard(mState->lock);
-  if (!FlipBytes()) return Write(8, &value);
+  if (!Reversed(*mState)) return Write(8, &value);
   return PutReversed(*this, static_cast<std::uint64_t>(value));
 }
 
 std::uint32_t CWriteStream::PutFloat(float value) {
   StreamGuard guard(mState->lock);
   float copy = value;
-  if (FlipBytes()) Flip(&copy, 4);
+  if (Reversed(*mState)) Flip(&copy, 4);
   return Write(4, &copy);
 }
 
 std::uint32_t CWriteStream::PutDouble(double value) {
   StreamGuard guard(mState->lock);
   double copy = value;
-  if (FlipBytes()) Flip(&copy, 8);
+  if (Reversed(*mState)) Flip(&copy, 8);
   return Write(8, &copy);
 }
 
@@ -267,7 +270,7 @@ std::uint32_t CWriteStream::Flush(unsigned char flushPort) {
 
 bool CWriteStream::FlipBytes() const {
   StreamGuard guard(mState->lock);
-  return mState->order != kHaldLittleEndian;
+  return Reversed(*mState);
 }
 
 }  // namespace Halyard

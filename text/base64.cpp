@@ -11,6 +11,7 @@
 //   0x80 and above, which the filter drops; so filtering the code units
 //   directly keeps exactly the same characters in the same order.
 #include <array>
+#include <bit>
 #include <cstring>
 #include <stdexcept>
 
@@ -66,11 +67,76 @@ inline unsigned short* EmitGroup(unsigned short* dst, const unsigned char* src) 
   return dst + 4;
 }
 
+// Writes the eight characters of six input bytes; reads eight (the two after
+// them are ignored, the caller guarantees they can be read).
+inline unsigned short* EmitTwoGroups(unsigned short* dst, const unsigned char* src) {
+  // Composed byte by byte: compilers turn this into one load and a byte swap.
+  const std::uint64_t bits = (std::uint64_t{src[0]} << 56) | (std::uint64_t{src[1]} << 48) |
+                             (std::uint64_t{src[2]} << 40) | (std::uint64_t{src[3]} << 32) |
+                             (std::uint64_t{src[4]} << 24) | (std::uint64_t{src[5]} << 16) |
+                             (std::uint64_t{src[6]} << 8) | std::uint64_t{src[7]};
+  const CharPair pairs[4] = {kPairs[(bits >> 52) & 0xFFFu], kPairs[(bits >> 40) & 0xFFFu],
+                             kPairs[(bits >> 28) & 0xFFFu], kPairs[(bits >> 16) & 0xFFFu]};
+  std::memcpy(dst, pairs, sizeof pairs);
+  return dst + 8;
+}
+
 inline unsigned short* EmitLineBreak(unsigned short* dst) {
   dst[0] = u'\r';
   dst[1] = u'\n';
   return dst + 2;
 }
+
+// Writes one full line: 19 groups (57 bytes) and a line break.
+inline unsigned short* EmitLine(unsigned short* dst, const unsigned char* src) {
+  for (int k = 0; k < 9; ++k) dst = EmitTwoGroups(dst, src + k * 6);  // reads up to byte 55
+  dst = EmitGroup(dst, src + 54);
+  return EmitLineBreak(dst);
+}
+
+// Output is produced in a small buffer and appended to the result in pieces,
+// so the result's memory is written once (sizing a string first fills it).
+constexpr std::size_t kLineUnits = kGroupsPerLine * 4 + 2;
+constexpr std::size_t kEncodeChunkLines = 32;
+
+// Decoding tables, one per place in a group: for each ASCII character, its
+// 6-bit value already placed where it lands in the group's three output bytes
+// as they lie in memory (so OR-ing four entries gives the bytes to store), or
+// kSpecial for "=" and dropped characters.
+constexpr std::uint32_t kSpecial = 0x80000000u;
+
+// The group's 24 bits (a in the top six) as its three bytes in memory order,
+// in the low three bytes of a 32-bit word.
+constexpr std::uint32_t MemoryOrder(std::uint32_t bits) {
+  if constexpr (std::endian::native == std::endian::little) {
+    return ((bits >> 16) & 0xFFu) | (bits & 0xFF00u) | ((bits & 0xFFu) << 16);
+  } else {
+    return bits << 8;
+  }
+}
+
+struct PlacedTables {
+  std::uint32_t place[4][128];
+};
+
+constexpr PlacedTables MakePlacedTables() {
+  PlacedTables tables{};
+  for (unsigned place = 0; place < 4; ++place) {
+    const unsigned shift = 18 - 6 * place;
+    for (unsigned c = 0; c < 128; ++c) {
+      const unsigned char code = kDecode[c];
+      tables.place[place][c] = code < 64 ? MemoryOrder(std::uint32_t{code} << shift) : kSpecial;
+    }
+  }
+  return tables;
+}
+constexpr PlacedTables kPlaced = MakePlacedTables();
+
+constexpr std::size_t kDecodeChunk = 3 * 1024;
+
+// Writes the three bytes of a group, and one byte of garbage after them, with
+// a single store.
+inline void StoreGroup(unsigned char* dst, std::uint32_t word) { std::memcpy(dst, &word, 4); }
 
 }  // namespace
 
@@ -82,9 +148,17 @@ UTF16String Encode(const std::vector<unsigned char>& bytes) {
 
   const std::size_t groups = (n + 2) / 3;
   const std::size_t lineBreaks = (groups - 1) / kGroupsPerLine + 1;
-  UTF16String out(groups * 4 + lineBreaks * 2, 0);
+  UTF16String out;
+  out.reserve(groups * 4 + lineBreaks * 2);
 
-  unsigned short* dst = out.data();
+  unsigned short chunk[kEncodeChunkLines * kLineUnits];
+  unsigned short* const chunkEnd = chunk + kEncodeChunkLines * kLineUnits;
+  unsigned short* dst = chunk;
+  const auto flush = [&] {
+    out.append(chunk, static_cast<std::size_t>(dst - chunk));
+    dst = chunk;
+  };
+
   const unsigned char* src = bytes.data();
   const std::size_t fullGroups = n / 3;
   std::size_t group = 0;
@@ -94,15 +168,16 @@ UTF16String Encode(const std::vector<unsigned char>& bytes) {
     group = 1;
     // Then lines of 19 groups, each ending at an offset that is a multiple of 57.
     for (; group + kGroupsPerLine <= fullGroups; group += kGroupsPerLine) {
-      const unsigned char* line = src + group * 3;
-      for (std::size_t k = 0; k < kGroupsPerLine; ++k) dst = EmitGroup(dst, line + k * 3);
-      dst = EmitLineBreak(dst);
+      if (chunkEnd - dst < static_cast<std::ptrdiff_t>(kLineUnits)) flush();
+      dst = EmitLine(dst, src + group * 3);
     }
     // Fewer than 19 full groups remain; none starts at a multiple of 57.
+    if (chunkEnd - dst < static_cast<std::ptrdiff_t>(kLineUnits)) flush();
     for (; group < fullGroups; ++group) dst = EmitGroup(dst, src + group * 3);
   }
   const std::size_t rest = n - fullGroups * 3;
   if (rest != 0) {
+    if (chunkEnd - dst < static_cast<std::ptrdiff_t>(kLineUnits)) flush();
     const unsigned char* last = src + group * 3;
     const unsigned char tail[3] = {last[0], static_cast<unsigned char>(rest > 1 ? last[1] : 0), 0};
     EmitGroup(dst, tail);
@@ -111,6 +186,7 @@ UTF16String Encode(const std::vector<unsigned char>& bytes) {
     dst += 4;
     if (group % kGroupsPerLine == 0) dst = EmitLineBreak(dst);
   }
+  flush();
   return out;
 }
 
@@ -125,23 +201,37 @@ std::vector<unsigned char> Decode(const UTF16String& text) {
     if (kept > 0xFFFFFFFFu) throw std::length_error("vector<T> too long");
   }
 
-  std::vector<unsigned char> out((length + 3) / 4 * 3);
-  unsigned char* dst = out.data();
+  std::vector<unsigned char> out;
+  out.reserve((length + 3) / 4 * 3);
+  // Every write is preceded by a flush once kDecodeChunk bytes are used; the
+  // spare bytes take a group's three and StoreGroup's fourth.
+  unsigned char chunk[kDecodeChunk + 4];
+  unsigned char* dst = chunk;
+  const auto flush = [&] {
+    out.insert(out.end(), chunk, dst);
+    dst = chunk;
+  };
 
   for (;;) {
     // Fast path: four alphabet characters in a row (no pad, nothing dropped)
-    // are the next group.
+    // are the next group; a CRLF between groups is skipped on the way.
     while (end - src >= 4) {
-      const unsigned char a = CodeOf(src[0]);
-      const unsigned char b = CodeOf(src[1]);
-      const unsigned char c = CodeOf(src[2]);
-      const unsigned char d = CodeOf(src[3]);
-      if (((a | b | c | d) & (kPadCode | kDropCode)) != 0) break;
-      const std::uint32_t bits =
-          (std::uint32_t{a} << 18) | (std::uint32_t{b} << 12) | (std::uint32_t{c} << 6) | d;
-      dst[0] = static_cast<unsigned char>(bits >> 16);
-      dst[1] = static_cast<unsigned char>(bits >> 8);
-      dst[2] = static_cast<unsigned char>(bits);
+      const unsigned short a = src[0];
+      const unsigned short b = src[1];
+      const unsigned short c = src[2];
+      const unsigned short d = src[3];
+      if (((a | b | c | d) & 0xFF80u) != 0) break;
+      const std::uint32_t word =
+          kPlaced.place[0][a] | kPlaced.place[1][b] | kPlaced.place[2][c] | kPlaced.place[3][d];
+      if ((word & kSpecial) != 0) {
+        if (a == u'\r' && b == u'\n') {
+          src += 2;
+          continue;
+        }
+        break;
+      }
+      if (dst >= chunk + kDecodeChunk) flush();
+      StoreGroup(dst, word);
       dst += 3;
       src += 4;
     }
@@ -161,12 +251,13 @@ std::vector<unsigned char> Decode(const UTF16String& text) {
     const std::uint32_t b = value(codes[1]);
     const std::uint32_t c = value(codes[2]);
     const std::uint32_t d = value(codes[3]);
+    if (dst >= chunk + kDecodeChunk) flush();
     *dst++ = static_cast<unsigned char>((a << 2) | (b >> 4));
     if (codes[2] != kPadCode) *dst++ = static_cast<unsigned char>((b << 4) | (c >> 2));
     if (codes[3] != kPadCode) *dst++ = static_cast<unsigned char>((c << 6) | d);
     if (gathered < 4) break;
   }
-  out.resize(static_cast<std::size_t>(dst - out.data()));
+  flush();
   return out;
 }
 

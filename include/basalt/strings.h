@@ -17,6 +17,7 @@
 // bits on Linux). basalt::ToWide/FromWide move text between the two forms.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -67,7 +68,9 @@ struct UTF16CharTraits {
     return to;
   }
   static char_type* copy(char_type* to, const char_type* from, std::size_t n) noexcept {
-    if (n != 0) std::memcpy(to, from, n * sizeof(char_type));
+    // std::copy rather than memcpy: the same code, and GCC's object-size
+    // analysis of basic_string growth paths does not misfire on it.
+    std::copy(from, from + n, to);
     return to;
   }
   static constexpr char_type* assign(char_type* s, std::size_t n, char_type c) noexcept {

@@ -213,7 +213,8 @@ struct FilePortFile;
 //   - Size(newSize) leaves the file position at newSize; its success value is
 //     not a status.
 //   - Open on a port whose handle is still open does not close that handle
-//     (it stays open until the process ends): Close before opening again.
+//     (it stays open until the process ends, or until a copy that still
+//     shares it closes it): Close before opening again.
 //   - Writing past the end extends the file.
 //
 // Lifecycle: created closed. Open, Close, Open again. The destructor closes the
@@ -435,14 +436,20 @@ class TOV_API CReadStream : public IVReadStream {
   // Copies `count` bytes to `buffer` (writable memory of `count` bytes, despite
   // the const). A request larger than half the buffer is read straight from
   // the port, and the buffer is then refilled as far as the port's data
-  // reaches (read-ahead). Returns a port status from a direct read, or
-  // kErrStreamState when the stream is in a broken state.
+  // reaches (read-ahead). Returns a port status from a direct read,
+  // kErrStreamState when the stream is in a broken state, or kErrReadFailed
+  // when a sequential port delivers nothing for a refill the request needs (a
+  // sequential port that reports more bytes than asked counts as delivering
+  // what was asked).
   std::uint32_t Read(std::uint32_t count, const void* buffer) const override;
   // Advances the position by `count`; returns 0 even when the target is beyond
   // the end.
   std::uint32_t Skip(std::uint32_t count) override;
   std::uint32_t PutBackByte(unsigned char value) override;
   // The next byte, not consumed; 0 and the read's status when there is none.
+  // ReadByte, then PutBackByte of the byte read. With a buffer of 1 byte, a
+  // read that finds the buffer empty goes straight to the port and leaves
+  // nothing to step back into, so there PeekByte consumes the byte.
   std::uint32_t PeekByte(unsigned char* value) override;
 
   // 8 bytes; see the deliberate behaviours above.

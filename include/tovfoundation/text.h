@@ -175,9 +175,9 @@ TOV_API void ConvertFloatToString(char* destination, double value, int decimals)
 // last group started at an input offset that is a multiple of 57.
 //   {} ⇒ "", {0x4D} ⇒ "TQ==\r\n", "Man" ⇒ "TWFu\r\n", "Many" ⇒ "TWFu\r\neQ==",
 //   61 bytes ⇒ lines of 4, 76 and 4 characters.
-// Caller contract: fewer than 2^32 bytes (the walk counts with a 32-bit index);
-// longer input throws std::length_error("string too long"), as does output
-// beyond the string's maximum size. std::bad_alloc when memory runs out.
+// The walk counts groups with a 32-bit offset, so 2^32 bytes or more could
+// never be encoded: such input throws std::length_error("string too long").
+// std::bad_alloc when memory runs out.
 TOV_API UTF16String Encode(const std::vector<unsigned char>& bytes);
 
 // Decodes Base64 text leniently; bad input is never reported:
@@ -191,8 +191,9 @@ TOV_API UTF16String Encode(const std::vector<unsigned char>& bytes);
 //   reading as 63 for the third byte);
 // - "=" anywhere else reads as value 63, like "/".
 //   "" ⇒ {}, " \r\n" ⇒ {}, "QQ==" ⇒ {0x41}, "TWFu\r\neQ==" ⇒ "Many".
-// Decode(Encode(bytes)) == bytes for every input. Caller contract: fewer than
-// 2^32 kept characters; more throws std::length_error("vector<T> too long").
+// Decode(Encode(bytes)) == bytes for every input. Like Encode, it counts with
+// a 32-bit offset: text keeping 2^32 characters or more throws
+// std::length_error("vector<T> too long").
 TOV_API std::vector<unsigned char> Decode(const UTF16String& text);
 
 // True exactly for A–Z, a–z, 0–9, "+", "/" and "=" (the pad counts):

@@ -196,6 +196,11 @@ bool WriteFile(FileHandle file, const void* buffer, std::uint32_t count,
       if (bytesWritten != nullptr) *bytesWritten = done;
       return false;
     }
+    if (put == 0) {  // no progress: report it rather than retry forever
+      SetLastError(kErrorWriteFault);
+      if (bytesWritten != nullptr) *bytesWritten = done;
+      return false;
+    }
     done += static_cast<std::uint32_t>(put);
   }
   if (bytesWritten != nullptr) *bytesWritten = done;

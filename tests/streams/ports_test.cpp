@@ -384,6 +384,16 @@ TEST_F(FilePortTest, OpenInAMissingFolderFails) {
   EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorPathNotFound);
 }
 
+TEST_F(FilePortTest, OpenOfAnEmptyPathFails) {
+  CFilePort port(Halyard::kAccessReadWrite, 0);
+  const unsigned short empty[1] = {0};
+  EXPECT_EQ(port.Open(empty), TOV::kErrOpenFailed);
+  EXPECT_EQ(port.Size(), 0u);
+  ASSERT_NE(port.Path(), nullptr);
+  EXPECT_TRUE(UTF16String(port.Path()).empty());
+  EXPECT_EQ(port.Open(""), TOV::kErrOpenFailed);
+}
+
 TEST_F(FilePortTest, ReadAndWriteOnAClosedPortFail) {
   CFilePort port(Halyard::kAccessReadWrite, 0);
   unsigned char byte = 0;

@@ -310,6 +310,18 @@ TEST(ReadStream, PeekByteTwiceReturnsSameByte) {
   EXPECT_EQ(PosOf(stream), 2u);
 }
 
+TEST(ReadStream, PeekByteWithAOneByteBufferConsumesTheByte) {
+  ScriptedPort port(Counting(4));
+  CReadStream stream(port, kHaldLittleEndian, 1, 0, 0);
+  unsigned char first = 9;
+  unsigned char second = 9;
+  EXPECT_EQ(stream.PeekByte(&first), 0u);
+  EXPECT_EQ(PosOf(stream), 1u);
+  EXPECT_EQ(stream.PeekByte(&second), 0u);
+  EXPECT_EQ(first, 0);
+  EXPECT_EQ(second, 1);
+}
+
 TEST(ReadStream, PeekByteStoresZeroAfterAFailedRead) {
   ScriptedPort port(Counting(4));
   port.script.sequential = true;
@@ -510,6 +522,22 @@ TEST(ReadStream, CopiesShareOneState) {
   EXPECT_EQ(PosOf(stream), 2u);
   EXPECT_EQ(stream.AddRef(), 2u);
   EXPECT_EQ(copy->AddRef(), 3u);
+}
+
+TEST(ReadStream, AssignmentDestroysTheTargetsStateAndSharesTheSource) {
+  ScriptedPort first(Counting(4));
+  ScriptedPort second(Counting(8));
+  CReadStream source(second, kHaldLittleEndian, 4, 2, 0);
+  alignas(CReadStream) unsigned char storage[sizeof(CReadStream)];
+  auto* target = new (storage) CReadStream(first, kHaldLittleEndian, 4, 0, 1);
+  *target = source;  // closes `first` (closePort) as its state goes
+  EXPECT_EQ(first.script.calls, (std::vector<PortCall>{{'c', 0, 0}}));
+  EXPECT_EQ(PosOf(*target), 2u);
+  unsigned char byte = 0;
+  ASSERT_EQ(target->ReadByte(&byte), 0u);
+  EXPECT_EQ(byte, 2);
+  EXPECT_EQ(PosOf(source), 3u);
+  // `target` is not destroyed: `source` destroys the shared state.
 }
 
 TEST(ReadStream, OverAFilePortReadsGoldenBytes) {

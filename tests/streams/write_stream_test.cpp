@@ -375,6 +375,20 @@ TEST(WriteStream, CopiesShareOneState) {
   EXPECT_EQ(stream.AddRef(), 2u);
 }
 
+TEST(WriteStream, AssignmentFlushesAndDestroysTheTargetsState) {
+  ScriptedPort first;
+  ScriptedPort second;
+  CWriteStream source(second, kHaldLittleEndian, 8, 0, 0);
+  alignas(CWriteStream) unsigned char storage[sizeof(CWriteStream)];
+  auto* target = new (storage) CWriteStream(first, kHaldLittleEndian, 8, 0, 1);
+  target->PutByte(7);
+  *target = source;  // `first` gets the buffered byte and is closed
+  EXPECT_EQ(first.script.calls, (std::vector<PortCall>{{'w', 0, 1}, {'c', 0, 0}}));
+  target->PutByte(9);
+  EXPECT_EQ(PosOf(source), 1u);
+  // `target` is not destroyed: `source` destroys the shared state.
+}
+
 TEST(WriteStream, OverAFilePortWritesGoldenBytes) {
   streamtest::TempDir dir;
   {

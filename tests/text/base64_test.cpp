@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "basalt/utf.h"
 #include "tovfoundation/text.h"
 
 using namespace basalt::literals;
@@ -195,6 +196,52 @@ TEST(Base64Decode, NonAsciiCharactersAreIgnored) {
 
 TEST(Base64Decode, PunctuationIsDropped) {
   EXPECT_EQ(Halyard::Decode(u"T-W_F.u!"_u16), BytesOf("Man"));
+}
+
+// The decoding rules written out plainly: UTF-16 to UTF-8, filter, groups of
+// four completed with "A", the two pad tests independent.
+Bytes ReferenceDecode(const UTF16String& text) {
+  const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+";
+  std::string kept;
+  for (char c : basalt::UTF16to8(text)) {
+    if (Halyard::IsBase64(static_cast<unsigned char>(c))) kept.push_back(c);
+  }
+  Bytes out;
+  for (std::uint32_t j = 0; j < kept.size(); j += 4) {
+    char group[4];
+    std::uint32_t v[4];
+    for (int k = 0; k < 4; ++k) {
+      group[k] = j + k < kept.size() ? kept[j + k] : 'A';
+      const auto at = alphabet.find(group[k]);
+      v[k] = at == std::string::npos ? 63u : static_cast<std::uint32_t>(at);
+    }
+    out.push_back(static_cast<unsigned char>((v[0] << 2) | (v[1] >> 4)));
+    if (group[2] != '=') out.push_back(static_cast<unsigned char>((v[1] << 4) | (v[2] >> 2)));
+    if (group[3] != '=') out.push_back(static_cast<unsigned char>((v[2] << 6) | v[3]));
+  }
+  return out;
+}
+
+TEST(Base64Decode, AgreesWithPlainRulesOnRandomText) {
+  // Mostly alphabet characters, with pads, line breaks, spaces and non-ASCII
+  // characters (a surrogate pair, a lone surrogate, units whose low byte is a
+  // letter) scattered in; long enough to cross internal buffer boundaries.
+  const UTF16String extras = u"==\r\n \r\n-é€Ł\xFF46"_u16 + UTF16String(1, 0xD800) + u"🎬"_u16;
+  const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::mt19937 engine(77);
+  for (int round = 0; round < 40; ++round) {
+    SCOPED_TRACE(round);
+    UTF16String text;
+    const std::size_t size = engine() % 20000;
+    const unsigned extraPercent = engine() % 30;
+    while (text.size() < size) {
+      if (engine() % 100 < extraPercent)
+        text.push_back(extras[engine() % extras.size()]);
+      else
+        text.push_back(static_cast<unsigned char>(alphabet[engine() % alphabet.size()]));
+    }
+    EXPECT_EQ(Halyard::Decode(text), ReferenceDecode(text));
+  }
 }
 
 // --- IsBase64 --------------------------------------------------------------------------------

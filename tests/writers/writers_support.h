@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "basalt/strings.h"
+#include "tovfoundation/streams.h"
 
 namespace writers_test {
 
@@ -53,8 +54,6 @@ std::string TovtoolPath();
 int RunCommand(const std::string& command, std::string& output);
 
 }  // namespace writers_test
-
-#include "tovfoundation/streams.h"
 
 namespace writers_test {
 
