@@ -1,4 +1,4 @@
-// File specifications: the working wide class and the inert older one, plus
+// File specs (CFileSpec): the working wide class and the inert older one, plus
 // the disk-space check built on them.
 #include <new>
 

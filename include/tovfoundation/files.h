@@ -1,4 +1,4 @@
-// tovfoundation files subsystem: path text, file specifications, folders and
+// tovfoundation files subsystem: path text, file specs (CFileSpec), folders and
 // their listings, temporary and automatic names, file search.
 //
 // Paths are spelled the Windows way on every platform: backslash separators,
@@ -181,6 +181,10 @@ TOV_API unsigned char IsAlias(const UTF16String& path);
 TOV_API UTF16String ToNormalizedPath(const UTF16String& path);
 // Removes it: "\\?\UNC\srv\s" ⇒ "\\srv\s";  "\\?\C:\x" ⇒ "C:\x";  "\\?\" ⇒ "";
 // anything else stays.
+// It undoes ToNormalizedPath for every non-empty path that is not prefixed
+// already, except a relative path starting with "UNC", which the prefix turns
+// into a network path: "UNC\x" ⇒ "\\?\UNC\x" ⇒ "\\x" (the rules are kept as
+// they are).
 TOV_API UTF16String RemovePathNormalization(const UTF16String& path);
 // False for EVERY input, including prefixed paths: the test it makes can never
 // succeed. This is intended and kept; do not use it to detect the prefix.
@@ -505,7 +509,7 @@ class TOV_API Folder {
   std::string mPath;
 };
 
-// The older file specification: an inert shell kept for its interface. Every
+// The older file spec class: an inert shell kept for its interface. Every
 // object holds the empty path whatever it was made from, and its accessors
 // answer "". Do not complete it.
 class TOV_API CFileSpec {
@@ -577,7 +581,7 @@ struct FileList {
 // frees with delete[], one by one. `services` is not used.
 
 // Appends folder + "\" + name for every file (not folder) matching `pattern`
-// in `folder`, without descending. Null folder: nothing. A folder that cannot
+// in `folder`, without descending. Null folder (or null pattern): nothing. A folder that cannot
 // be entered is ignored: the pattern is then searched in the current
 // directory. Always 0.
 TOV_API std::uint32_t VUtilsFindFilesFromName(std::vector<char*>& out, const char* folder,
@@ -588,8 +592,13 @@ TOV_API std::uint32_t VUtilsFindFilesFromName(std::vector<unsigned short*>& out,
                                               const unsigned short* pattern,
                                               IVServicesManager* services, bool fullPaths);
 // The packed form. `flags` 0: files of the whole tree (folders descended, not
-// listed); any other value: files and folders of `folder` itself. Null `size`:
-// 0, nothing done. Else the search runs; a folder that cannot be entered gives
+// listed); any other value: files and folders of `folder` itself. With flags
+// 0 only subfolders whose own names match `pattern` are entered ("*" walks the
+// whole tree, "*.txt" only the top folder and folders named *.txt). Each
+// subfolder is entered as folder + "\" + name, so `folder` should be
+// absolute: a relative one no longer resolves once inside it, and the search
+// stops with kErrPathNotFound. Null `size`: 0, nothing done; null `folder` or
+// `pattern`: kErrPathNotFound. Else the search runs; a folder that cannot be entered gives
 // kErrPathNotFound (size and list untouched). Otherwise *size = the block size
 // and, when `list` is not null, the block is written there. Caller contract:
 // `list` points to at least the size an earlier call reported; nothing is

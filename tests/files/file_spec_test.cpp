@@ -1,4 +1,4 @@
-// File specifications: the pieces, equality, file operations, times, size,
+// File specs (CFileSpec): the pieces, equality, file operations, times, size,
 // streams; the inert older class; the disk-space check.
 #include <fcntl.h>
 #include <gtest/gtest.h>

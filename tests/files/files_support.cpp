@@ -1,6 +1,7 @@
 // Shared helpers of the files tests.
 #include "files/files_support.h"
 
+#include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -90,3 +91,38 @@ bool Exists(const std::string& native) {
 }
 
 }  // namespace files_test
+
+namespace {
+
+// Every test process of the suite runs with its own HOME, TMPDIR and
+// XDG_DATA_HOME under the build tree, and without HOMEDRIVE/HOMEPATH, so no
+// test can reach the user's real folders or trash.
+class HermeticEnvironment : public ::testing::Environment {
+ public:
+  void SetUp() override {
+    std::string pattern = std::string(TOV_TEST_BINARY_DIR) + "/tovfiles-env-XXXXXX";
+    std::vector<char> buffer(pattern.begin(), pattern.end());
+    buffer.push_back(0);
+    if (::mkdtemp(buffer.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
+    mRoot = buffer.data();
+    std::filesystem::create_directories(mRoot + "/home/.local/share");
+    std::filesystem::create_directories(mRoot + "/tmp");
+    ::setenv("HOME", (mRoot + "/home").c_str(), 1);
+    ::setenv("XDG_DATA_HOME", (mRoot + "/home/.local/share").c_str(), 1);
+    ::setenv("TMPDIR", (mRoot + "/tmp").c_str(), 1);
+    ::unsetenv("HOMEDRIVE");
+    ::unsetenv("HOMEPATH");
+  }
+  void TearDown() override {
+    std::error_code ignored;
+    std::filesystem::remove_all(mRoot, ignored);
+  }
+
+ private:
+  std::string mRoot;
+};
+
+[[maybe_unused]] ::testing::Environment* const gHermetic =
+    ::testing::AddGlobalTestEnvironment(new HermeticEnvironment);
+
+}  // namespace

@@ -4,6 +4,8 @@
 #include <locale.h>
 #include <unistd.h>
 
+#include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -242,6 +244,11 @@ TEST(LongPathPrefix, RemovePathNormalizationCases) {
   EXPECT_EQ(PU::RemovePathNormalization(u"C:\\x"_u16), u"C:\\x"_u16);
 }
 
+TEST(LongPathPrefix, RelativePathStartingWithUncDoesNotRoundTrip) {
+  EXPECT_EQ(PU::ToNormalizedPath(u"UNC\\x"_u16), u"\\\\?\\UNC\\x"_u16);
+  EXPECT_EQ(PU::RemovePathNormalization(PU::ToNormalizedPath(u"UNC\\x"_u16)), u"\\\\x"_u16);
+}
+
 TEST(LongPathPrefix, IsNormalizedPathIsFalseForEveryInput) {
   EXPECT_EQ(PU::IsNormalizedPath(UTF16String()), 0);
   EXPECT_EQ(PU::IsNormalizedPath(u"C:\\x"_u16), 0);
@@ -293,6 +300,29 @@ TEST(PathQueries, WideExistsOnDiskTestsThePathReducedToNarrow) {
 
 TEST(PathProcess, GetModuleNameIsTheExecutablesTitle) {
   EXPECT_EQ(PU::GetModuleName(), u"tovtests_files"_u16);
+}
+
+// Prints the module name for ModuleNameStopsAtTheLastDotOfTheName, which runs
+// a copy of this executable under another name.
+TEST(PathProcess, ModuleNameProbe) {
+  const UTF16String name = PU::GetModuleName();
+  EXPECT_FALSE(name.empty());
+  std::printf("module=[%s]\n", U8(name).c_str());
+}
+
+TEST(PathProcess, ModuleNameStopsAtTheLastDotOfTheName) {
+  files_test::TempFolder temp;
+  files_test::MakeFolder(temp.NativeOf("app-1.2/bin"));
+  const std::string copy = temp.NativeOf("app-1.2/bin/render.final.exe");
+  std::filesystem::copy_file("/proc/self/exe", copy);
+  std::filesystem::permissions(copy, std::filesystem::perms::owner_all);
+  FILE* pipe = ::popen((copy + " --gtest_filter=PathProcess.ModuleNameProbe").c_str(), "r");
+  ASSERT_NE(pipe, nullptr);
+  std::string output;
+  char buffer[256];
+  while (std::fgets(buffer, sizeof buffer, pipe) != nullptr) output += buffer;
+  EXPECT_EQ(::pclose(pipe), 0);
+  EXPECT_NE(output.find("module=[render.final]"), std::string::npos) << output;
 }
 
 TEST(PathProcess, ToPlatformPathGivesPosixSpelling) {

@@ -1,5 +1,6 @@
 // Automatic names, temporary names and folders, the home folder, and the
 // copy, move, delete and trash wrappers.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -89,17 +90,36 @@ TEST(AutoFileName, NameGrowsAfterCollisionWithinOneTick) {
   // first candidate collides and a second group is appended.
   const std::string stem = std::to_string(basalt::GetCurrentProcessID()) + "_" +
                            std::to_string(basalt::GetCurrentThreadID()) + "_";
-  const std::uint32_t start = basalt::GetTickCount();
-  for (std::uint32_t t = start; t != start + 3000u; ++t) {
-    files_test::WriteFile(temp.NativeOf("c" + stem + std::to_string(t) + ".v"), "");
+  // Occupy a window of 2000 ticks starting ahead of the clock, then wait until
+  // the clock is inside it. Making the files may be slow: a later attempt
+  // starts its window as far ahead as the previous one took.
+  constexpr std::uint32_t kWindow = 2000;
+  std::uint32_t start = 0;
+  std::uint32_t margin = 100;
+  for (int attempt = 0;; ++attempt) {
+    ASSERT_LT(attempt, 5) << "the clock kept outrunning the occupied window";
+    const std::uint32_t before = basalt::GetTickCount();
+    start = before + margin;
+    for (std::uint32_t t = start; t != start + kWindow; ++t) {
+      const std::string file = temp.NativeOf("c" + stem + std::to_string(t) + ".v");
+      const int fd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+      ASSERT_GE(fd, 0);
+      ::close(fd);
+    }
+    margin = basalt::GetTickCount() - before + 200u;
+    while (static_cast<std::int32_t>(basalt::GetTickCount() - start) < 0) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    if (basalt::GetTickCount() - start < kWindow - 500u) break;
   }
+  const std::uint32_t end = start + kWindow;
   const UTF16String name = PU::GetAutoFileName(temp.Lib(), u"c"_u16, u".v"_u16);
   const std::regex grown(R"(.*\\c)" + stem + R"((\d+))" + stem + R"((\d+)\.v$)");
   std::smatch m;
   const std::string text = U8(name);
   ASSERT_TRUE(std::regex_match(text, m, grown)) << text;
   const std::uint32_t first = static_cast<std::uint32_t>(std::stoul(m[1].str()));
-  EXPECT_LT(first - start, 3000u);
+  EXPECT_LT(first - start, end - start);
   EXPECT_TRUE(files_test::Exists(NativeOf(name)));
 }
 

@@ -21,8 +21,7 @@ void DemoFiles(std::ostream& out) {
       << U8(PU::TOVGetRootOrVolume(path)) << '\n';
   out << "  long form " << U8(PU::ToNormalizedPath(u"\\\\server\\share\\x"_u16)) << '\n';
   const Halyard::FileUtils::CFileSpec spec(path);
-  out << "  as a file specification: extension without dot \"" << U8(spec.TOVGetFileExtension())
-      << "\"\n";
+  out << "  as a file spec: extension without dot \"" << U8(spec.TOVGetFileExtension()) << "\"\n";
   out << "this program is " << U8(PU::GetModuleName()) << '\n';
   try {
     const UTF16String temp = PU::TOVGetTempFolder();
