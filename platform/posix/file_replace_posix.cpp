@@ -49,7 +49,12 @@ bool MoveFileEx(UTF16StringView source, UTF16StringView target, std::uint32_t fl
     }
   }
   if (::rename(from.c_str(), to.c_str()) != 0) {
-    posix::SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, from);
+    const int error = errno;
+    // A missing name is the source's fault when the source is not there,
+    // else the target's folder is missing.
+    struct stat source {};
+    const bool sourceThere = ::lstat(from.c_str(), &source) == 0;
+    posix::SetLastErrorFromErrno(error, ExistsAs::kAlreadyExists, sourceThere ? to : from);
     return false;
   }
   if ((flags & kMoveFileWriteThrough) != 0) SyncParentFolder(to);

@@ -305,17 +305,23 @@ TEST(WaitableObject, OneWaiterReleasedPerSignal) {
   std::vector<std::thread> waiters;
   for (int i = 0; i < 4; ++i) {
     waiters.emplace_back([&] {
-      if (object.WaitForSignal(2000) == Halyard::kVWaitSignaled) ++released;
+      if (object.WaitForSignal(5000) == Halyard::kVWaitSignaled) ++released;
     });
   }
   std::this_thread::sleep_for(50ms);
   object.Signal();
   std::this_thread::sleep_for(100ms);
   EXPECT_EQ(released.load(), 1);
-  for (int i = 0; i < 3; ++i) object.Signal();
+  // Signals do not add up, so each next one waits until the last was taken.
+  for (int expected = 2; expected <= 4; ++expected) {
+    object.Signal();
+    const auto deadline = std::chrono::steady_clock::now() + 1500ms;
+    while (released.load() < expected && std::chrono::steady_clock::now() < deadline) {
+      std::this_thread::sleep_for(1ms);
+    }
+    EXPECT_EQ(released.load(), expected);
+  }
   for (auto& waiter : waiters) waiter.join();
-  // Each of the three later signals released one more waiter (one may have
-  // arrived before its waiter slept; signals then wait for the next waiter).
   EXPECT_EQ(released.load(), 4);
 }
 

@@ -489,3 +489,20 @@ TEST(RegistrarRestart, SecondProcessFindsFirstProcessAssignmentsAndPlistlibAgree
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(Registrar, RegistryIsSavedOnceMoreWhenItEnds) {
+  // Only looked up, never changed: the list did not exist, and the final
+  // save (at process exit, here at the reset) writes it.
+  Host(cache.Native());
+  UTF16String found;
+  EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), found),
+            TOV::kErrRegistryNotFound);
+  EXPECT_FALSE(foundation_test::Exists(ListPath()));
+  Restart();
+  ASSERT_TRUE(foundation_test::Exists(ListPath()));
+  EXPECT_TRUE(ListOnDisk().Empty());
+}
+
+}  // namespace
