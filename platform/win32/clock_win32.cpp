@@ -19,7 +19,7 @@ void GetSystemTime(SystemTime* out) {
   out->milliseconds = now.wMilliseconds;
 }
 
-int GetTimeFormat(unsigned short* buffer, int bufferUnits) {
+int GetTimeFormatW(unsigned short* buffer, int bufferUnits) {
   if (bufferUnits != 0 && buffer == nullptr) {
     ::SetLastError(ERROR_INVALID_PARAMETER);
     return 0;
