@@ -54,6 +54,9 @@ function(tov_add_test_suite subsystem)
     target_compile_options(${target} PRIVATE
       -include ${CMAKE_SOURCE_DIR}/tests/windows/compat/posix_compat.h)
     tov_windows_skip_filter(${subsystem} filter)
+    # Relinked when the skip list changes, so its test list is discovered anew.
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS
+      ${CMAKE_SOURCE_DIR}/tests/windows/skips.cmake)
     if(filter)
       set(filter_args TEST_FILTER ${filter})
     endif()
