@@ -123,7 +123,8 @@ inline int utimensat(int, const char* path, const struct timespec times[2], int)
 #define LC_TIME_MASK (1 << LC_TIME)
 #define LC_COLLATE_MASK (1 << LC_COLLATE)
 #define LC_MONETARY_MASK (1 << LC_MONETARY)
-#define LC_ALL_MASK (LC_CTYPE_MASK | LC_NUMERIC_MASK | LC_TIME_MASK | LC_COLLATE_MASK | LC_MONETARY_MASK)
+#define LC_ALL_MASK \
+  (LC_CTYPE_MASK | LC_NUMERIC_MASK | LC_TIME_MASK | LC_COLLATE_MASK | LC_MONETARY_MASK)
 struct tov_compat_locale {
   int mask;
   std::string name;
