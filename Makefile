@@ -1,7 +1,8 @@
 # tovfoundation: the two everyday commands and the other gates.
 #   make test   set up, build the dev configuration and run every test
 #   make demo   set up, build and run the tool's end-to-end demo
-.PHONY: all deps build test demo test-asan test-tsan test-install format clean
+#   make test-windows  cross-build for Windows x64 and run every test under Wine
+.PHONY: all deps build test demo test-asan test-tsan test-install test-windows format clean
 
 PRESET ?= dev
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
@@ -36,6 +37,12 @@ test-tsan: deps
 
 test-install: build
 	ctest --preset $(PRESET) -L install
+
+test-windows:
+	@bash scripts/install-deps --windows
+	cmake --preset windows
+	cmake --build --preset windows -j $(JOBS)
+	ctest --preset windows
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i

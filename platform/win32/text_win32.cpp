@@ -1,0 +1,58 @@
+// Win32 backend of the OS layer: text in the system's encodings, and the system's error messages.
+// Only code that works on every supported Windows version belongs here.
+#include <cerrno>
+#include <cstdlib>
+#include <cwchar>
+
+#include "platform/error.h"
+#include "platform/text.h"
+#include "platform/win32/win32_support.h"
+
+namespace tov::platform {
+
+std::int32_t MultiByteToWideChar(std::uint32_t codePage, std::uint32_t flags, const char* text,
+                                 std::int32_t length, unsigned short* out, std::int32_t outCount) {
+  const int units = ::MultiByteToWideChar(static_cast<UINT>(codePage), static_cast<DWORD>(flags),
+                                          text, length, reinterpret_cast<wchar_t*>(out), outCount);
+  if (units == 0) win32::KeepFailureCode(kErrorInvalidParameter);
+  return units;
+}
+
+// The C runtime's wide characters are UTF-16 on Windows, so mbstowcs and
+// wcstombs are the conversions themselves, in the calling thread's locale.
+std::size_t MultiByteToUTF16(char16_t* out, const char* text, std::size_t count) {
+  errno = 0;
+  const std::size_t converted = std::mbstowcs(reinterpret_cast<wchar_t*>(out), text, count);
+  if (converted == kMultiByteError) ::SetLastError(kErrorNoUnicodeTranslation);
+  return converted;
+}
+
+std::size_t UTF16ToMultiByte(char* out, const char16_t* text, std::size_t count) {
+  errno = 0;
+  const std::size_t converted =
+      std::wcstombs(out, reinterpret_cast<const wchar_t*>(text), out == nullptr ? 0 : count);
+  if (converted == kMultiByteError) ::SetLastError(kErrorNoUnicodeTranslation);
+  return converted;
+}
+
+std::size_t MaxMultiByteLength() { return MB_CUR_MAX; }
+
+std::uint32_t FormatSystemMessage(std::uint32_t code, std::uint32_t languageId, UTF16String& text) {
+  wchar_t* buffer = nullptr;
+  const DWORD length = ::FormatMessageW(
+      FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+      nullptr, static_cast<DWORD>(code), static_cast<DWORD>(languageId),
+      reinterpret_cast<wchar_t*>(&buffer), 0, nullptr);
+  if (length == 0 || buffer == nullptr) {
+    const std::uint32_t error = win32::LastErrorOr(kErrorMrMidNotFound);
+    text.clear();
+    if (buffer != nullptr) ::LocalFree(buffer);
+    ::SetLastError(error);
+    return 0;
+  }
+  text = win32::FromWide(buffer, length);
+  ::LocalFree(buffer);
+  return static_cast<std::uint32_t>(length);
+}
+
+}  // namespace tov::platform
