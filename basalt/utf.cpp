@@ -167,8 +167,8 @@ UTF16String NumberToString(double value, unsigned minIntegerDigits, unsigned max
   // Enough for any double in fixed notation with up to 1074 fraction digits.
   if (maxFractionDigits > 1074) maxFractionDigits = 1074;
   char buffer[1500];
-  const auto result = std::to_chars(buffer, buffer + sizeof buffer, value,
-                                    std::chars_format::fixed, static_cast<int>(maxFractionDigits));
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed,
+                                    static_cast<int>(maxFractionDigits));
   std::string text(buffer, result.ptr);
   if (text.find('.') != std::string::npos) {
     while (text.back() == '0') text.pop_back();

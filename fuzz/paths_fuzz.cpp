@@ -32,8 +32,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::vector<unsigned short> d(path.size() + 1), f(path.size() + 1), n(path.size() + 1),
       e(path.size() + 1);
   PU::SplitPath(path, d.data(), f.data(), n.data(), e.data());
-  const UTF16String pieces = UTF16String(d.data()) + UTF16String(f.data()) +
-                             UTF16String(n.data()) + UTF16String(e.data());
+  const UTF16String pieces =
+      UTF16String(d.data()) + UTF16String(f.data()) + UTF16String(n.data()) + UTF16String(e.data());
   Check(pieces == path);
   Check(PU::TOVGetFileName(path) == UTF16String(n.data()) + UTF16String(e.data()));
   Check(PU::TOVGetFullFolderPath(path) == UTF16String(d.data()) + UTF16String(f.data()));
@@ -52,8 +52,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Check(edited.size() <= path.size());
 
   const UTF16String longForm = PU::ToNormalizedPath(path);
-  const bool prefixed = path.size() >= 4 && path[0] == '\\' && path[1] == '\\' &&
-                        path[2] == '?' && path[3] == '\\';
+  const bool prefixed =
+      path.size() >= 4 && path[0] == '\\' && path[1] == '\\' && path[2] == '?' && path[3] == '\\';
   // A relative path starting "UNC" reads back as a network path: "UNC\x" ⇒
   // "\\?\UNC\x" ⇒ "\\x". Every other path comes back unchanged.
   const bool uncLike = path.size() >= 3 && path[0] == 'U' && path[1] == 'N' && path[2] == 'C';
@@ -81,6 +81,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   (void)Halyard::PathUtils::GetFileTitleW(narrow);
 
   // The listing's name matcher, the first half as pattern.
-  (void)tov::platform::MatchesPattern(path.substr(0, path.size() / 2), path.substr(path.size() / 2));
+  (void)tov::platform::MatchesPattern(path.substr(0, path.size() / 2),
+                                      path.substr(path.size() / 2));
   return 0;
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <typeinfo>
 
 #include "streams/stream_state.h"
 #include "tovfoundation/streams.h"
@@ -33,6 +34,20 @@ struct ReadStreamState {
 namespace {
 
 using tov::streams::StreamGuard;
+
+// Typed reads of a few bytes that the buffer already holds take them here,
+// without the virtual call through Read (same result: Read starts with this
+// very case); everything else, and every read of a class derived from
+// CReadStream (which may override Read), goes through Read.
+std::uint32_t ReadSmall(const CReadStream& stream, detail::ReadStreamState& s, std::uint32_t count,
+                        void* out) {
+  if (typeid(stream) == typeid(CReadStream) && std::uint64_t{s.cursor} + count <= s.dataEnd) {
+    std::memcpy(out, s.buffer.get() + s.cursor, count);
+    s.cursor += count;
+    return TOV::kSuccess;
+  }
+  return stream.Read(count, out);
+}
 
 detail::ReadStreamState* NewState(CPort* port, HaldByteOrdering order, std::uint32_t bufferSize,
                                   std::uint32_t startPos, unsigned char closePort,
@@ -153,7 +168,7 @@ std::uint32_t CReadStream::ReadBool(unsigned char* value) const {
 std::uint32_t CReadStream::ReadByte(unsigned char* value) const {
   StreamGuard guard(mState->lock);
   unsigned char byte = 0;
-  const std::uint32_t status = Read(1, &byte);
+  const std::uint32_t status = ReadSmall(*this, *mState, 1, &byte);
   if (status == TOV::kSuccess) *value = byte;
   return status;
 }
@@ -161,7 +176,7 @@ std::uint32_t CReadStream::ReadByte(unsigned char* value) const {
 std::uint32_t CReadStream::ReadShort(std::int16_t* value) const {
   StreamGuard guard(mState->lock);
   std::int16_t raw = 0;
-  const std::uint32_t status = Read(2, &raw);
+  const std::uint32_t status = ReadSmall(*this, *mState, 2, &raw);
   if (status == TOV::kSuccess) *value = Reversed(*mState) ? FlipShort(raw) : raw;
   return status;
 }
@@ -169,7 +184,7 @@ std::uint32_t CReadStream::ReadShort(std::int16_t* value) const {
 std::uint32_t CReadStream::ReadInt(std::int32_t* value) const {
   StreamGuard guard(mState->lock);
   std::int32_t raw = 0;
-  const std::uint32_t status = Read(4, &raw);
+  const std::uint32_t status = ReadSmall(*this, *mState, 4, &raw);
   if (status == TOV::kSuccess) *value = Reversed(*mState) ? FlipInteger(raw) : raw;
   return status;
 }
@@ -177,7 +192,7 @@ std::uint32_t CReadStream::ReadInt(std::int32_t* value) const {
 std::uint32_t CReadStream::ReadFloat(float* value) const {
   StreamGuard guard(mState->lock);
   float raw = 0;
-  const std::uint32_t status = Read(4, &raw);
+  const std::uint32_t status = ReadSmall(*this, *mState, 4, &raw);
   if (status == TOV::kSuccess) {
     if (Reversed(*mState)) Flip(&raw, 4);
     *value = raw;
@@ -188,7 +203,7 @@ std::uint32_t CReadStream::ReadFloat(float* value) const {
 std::uint32_t CReadStream::ReadDouble(double* value) const {
   StreamGuard guard(mState->lock);
   double raw = 0;
-  const std::uint32_t status = Read(8, &raw);
+  const std::uint32_t status = ReadSmall(*this, *mState, 8, &raw);
   if (status == TOV::kSuccess) {
     if (Reversed(*mState)) Flip(&raw, 8);
     *value = raw;
@@ -199,7 +214,7 @@ std::uint32_t CReadStream::ReadDouble(double* value) const {
 std::uint32_t CReadStream::ReadInt(std::int64_t* value) const {
   StreamGuard guard(mState->lock);
   std::int64_t raw = 0;
-  const std::uint32_t status = Read(8, &raw);
+  const std::uint32_t status = ReadSmall(*this, *mState, 8, &raw);
   // Only the platform's own order stores the value; any other consumes the
   // bytes and reports success without storing (kept deliberately).
   if (status == TOV::kSuccess && !Reversed(*mState)) *value = raw;

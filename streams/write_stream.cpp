@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <typeinfo>
 
 #include "streams/stream_state.h"
 #include "tovfoundation/streams.h"
@@ -80,6 +81,20 @@ std::uint32_t PutReversed(CWriteStream& stream, Unsigned value) {
     if (status != TOV::kSuccess) return status;
   }
   return TOV::kSuccess;
+}
+
+// Typed writes of a few bytes that fit in the buffer are stored here, without
+// the virtual call through Write (same result: Write starts with this very
+// case); everything else, and every write of a class derived from CWriteStream
+// (which may override Write), goes through Write.
+std::uint32_t WriteSmall(CWriteStream& stream, detail::WriteStreamState& s, std::uint32_t count,
+                         const void* data) {
+  if (typeid(stream) == typeid(CWriteStream) && std::uint64_t{s.cursor} + count <= s.capacity) {
+    std::memcpy(s.buffer.get() + s.cursor, data, count);
+    s.cursor += count;
+    return TOV::kSuccess;
+  }
+  return stream.Write(count, data);
 }
 
 }  // namespace
@@ -187,24 +202,24 @@ std::uint32_t CWriteStream::PutBool(unsigned char value) {
 
 std::uint32_t CWriteStream::PutByte(unsigned char value) {
   StreamGuard guard(mState->lock);
-  return Write(1, &value);
+  return WriteSmall(*this, *mState, 1, &value);
 }
 
 std::uint32_t CWriteStream::PutShort(std::int16_t value) {
   StreamGuard guard(mState->lock);
-  if (!Reversed(*mState)) return Write(2, &value);
+  if (!Reversed(*mState)) return WriteSmall(*this, *mState, 2, &value);
   return PutReversed(*this, static_cast<std::uint16_t>(value));
 }
 
 std::uint32_t CWriteStream::PutInt(std::int32_t value) {
   StreamGuard guard(mState->lock);
-  if (!Reversed(*mState)) return Write(4, &value);
+  if (!Reversed(*mState)) return WriteSmall(*this, *mState, 4, &value);
   return PutReversed(*this, static_cast<std::uint32_t>(value));
 }
 
 std::uint32_t CWriteStream::PutInt64(std::int64_t value) {
   StreamGuard guard(mState->lock);
-  if (!Reversed(*mState)) return Write(8, &value);
+  if (!Reversed(*mState)) return WriteSmall(*this, *mState, 8, &value);
   return PutReversed(*this, static_cast<std::uint64_t>(value));
 }
 
@@ -212,14 +227,14 @@ std::uint32_t CWriteStream::PutFloat(float value) {
   StreamGuard guard(mState->lock);
   float copy = value;
   if (Reversed(*mState)) Flip(&copy, 4);
-  return Write(4, &copy);
+  return WriteSmall(*this, *mState, 4, &copy);
 }
 
 std::uint32_t CWriteStream::PutDouble(double value) {
   StreamGuard guard(mState->lock);
   double copy = value;
   if (Reversed(*mState)) Flip(&copy, 8);
-  return Write(8, &copy);
+  return WriteSmall(*this, *mState, 8, &copy);
 }
 
 std::uint32_t CWriteStream::PutZeroPadding(std::int32_t count) {

@@ -79,9 +79,7 @@ struct UTF16CharTraits {
   }
   static constexpr int_type eof() noexcept { return 0xFFFFFFFFu; }
   static constexpr int_type not_eof(int_type c) noexcept { return c == eof() ? 0 : c; }
-  static constexpr char_type to_char_type(int_type c) noexcept {
-    return static_cast<char_type>(c);
-  }
+  static constexpr char_type to_char_type(int_type c) noexcept { return static_cast<char_type>(c); }
   static constexpr int_type to_int_type(char_type c) noexcept { return c; }
   static constexpr bool eq_int_type(int_type a, int_type b) noexcept { return a == b; }
 };

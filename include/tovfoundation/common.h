@@ -26,8 +26,9 @@ namespace TOV {
 using Status = std::uint32_t;
 
 inline constexpr Status kSuccess = 0;
-inline constexpr Status kErrInvalidArgument = 0xC0080001u;   // an argument is out of range
-inline constexpr Status kErrInvalidPointer = 0xC0080003u;    // null pointer, zero size, rejected conversion
+inline constexpr Status kErrInvalidArgument = 0xC0080001u;  // an argument is out of range
+inline constexpr Status kErrInvalidPointer =
+    0xC0080003u;  // null pointer, zero size, rejected conversion
 inline constexpr Status kErrCreateFailed = 0xC00B0002u;      // file or identifier not created
 inline constexpr Status kErrOpenFailed = 0xC00C0001u;        // a file could not be opened
 inline constexpr Status kErrReadFailed = 0xC00C0002u;        // a read failed
@@ -46,7 +47,7 @@ inline constexpr Status kErrNotFound = 0xC0060002u;          // the item sought 
 inline constexpr Status kErrRegistryNotFound = 0xC0140001u;  // no such registered cache folder
 inline constexpr Status kErrRegistryNoCacheFolder = 0xC0140002u;  // cache folder not made
 inline constexpr Status kErrRegistryNoCacheFile = 0xC0140003u;    // no cache file made
-inline constexpr Status kErrNoInterface = 0x400D0004u;       // QueryInterface found nothing
+inline constexpr Status kErrNoInterface = 0x400D0004u;            // QueryInterface found nothing
 // The generic failure some file and writer operations return.
 inline constexpr Status kErrGeneric = 0xFFFFFFFFu;
 
@@ -138,10 +139,10 @@ enum enumVAudioSampleSize : std::uint32_t {
   kVAudioSampleSize16 = 2,
   kVAudioSampleSize20 = 4,
   kVAudioSampleSize24 = 8,
-  kVAudioSampleSize32 = 16,        // 32-bit integer
+  kVAudioSampleSize32 = 16,  // 32-bit integer
   kVAudioSampleSize64 = 32,
-  kVAudioSampleSize32Float = 64,   // 32-bit IEEE float
-  kVAudioSampleSize8Alt = 128,     // a second 8-bit code
+  kVAudioSampleSize32Float = 64,  // 32-bit IEEE float
+  kVAudioSampleSize8Alt = 128,    // a second 8-bit code
 };
 
 // The audio format record of the plug-in interface: a channel mask (one bit
@@ -189,10 +190,8 @@ class IVServicesManager {
   virtual std::uint32_t QueryInterface(const _VGUID& id, void** out) = 0;
   virtual std::uint32_t AddRef() = 0;
   virtual std::uint32_t Release() = 0;
-  virtual std::uint32_t AcquireService(const char* name, std::uint32_t version,
-                                       void** service) = 0;
-  virtual std::uint32_t ReleaseService(const char* name, std::uint32_t version,
-                                       void** service) = 0;
+  virtual std::uint32_t AcquireService(const char* name, std::uint32_t version, void** service) = 0;
+  virtual std::uint32_t ReleaseService(const char* name, std::uint32_t version, void** service) = 0;
 
  protected:
   ~IVServicesManager() = default;

@@ -19,8 +19,8 @@ bool ParentFolderExists(const std::string& path) {
   while (end > 0 && path[end - 1] == '/') --end;
   const std::size_t slash = end == 0 ? std::string::npos : path.rfind('/', end - 1);
   const std::string parent = slash == std::string::npos ? std::string(1, '.')
-                             : slash == 0                ? std::string(1, '/')
-                                                         : path.substr(0, slash);
+                             : slash == 0               ? std::string(1, '/')
+                                                        : path.substr(0, slash);
   struct stat st {};
   return ::stat(parent.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
@@ -36,35 +36,55 @@ std::uint32_t MapErrno(int error, ExistsAs exists, const std::string& nativePath
     case ENOENT:
       if (nativePath.empty() || ParentFolderExists(nativePath)) return kErrorFileNotFound;
       return kErrorPathNotFound;
-    case ENOTDIR: return kErrorPathNotFound;
+    case ENOTDIR:
+      return kErrorPathNotFound;
     case EACCES:
     case EPERM:
     case EISDIR:
-    case EROFS: return kErrorAccessDenied;
+    case EROFS:
+      return kErrorAccessDenied;
     case EEXIST:
       return exists == ExistsAs::kFileExists ? kErrorFileExists : kErrorAlreadyExists;
-    case ENOTEMPTY: return kErrorDirNotEmpty;
+    case ENOTEMPTY:
+      return kErrorDirNotEmpty;
     case ENOSPC:
-    case EDQUOT: return kErrorDiskFull;
-    case EFBIG: return kErrorFileTooLarge;
-    case ENAMETOOLONG: return kErrorFilenameExcedRange;
-    case EWOULDBLOCK: return kErrorSharingViolation;
+    case EDQUOT:
+      return kErrorDiskFull;
+    case EFBIG:
+      return kErrorFileTooLarge;
+    case ENAMETOOLONG:
+      return kErrorFilenameExcedRange;
+    case EWOULDBLOCK:
+      return kErrorSharingViolation;
     case EBUSY:
-    case ETXTBSY: return kErrorBusy;
-    case EBADF: return kErrorInvalidHandle;
-    case EINVAL: return kErrorInvalidParameter;
-    case ENOMEM: return kErrorNotEnoughMemory;
+    case ETXTBSY:
+      return kErrorBusy;
+    case EBADF:
+      return kErrorInvalidHandle;
+    case EINVAL:
+      return kErrorInvalidParameter;
+    case ENOMEM:
+      return kErrorNotEnoughMemory;
     case EMFILE:
-    case ENFILE: return kErrorTooManyOpenFiles;
-    case EXDEV: return kErrorNotSameDevice;
-    case EPIPE: return kErrorBrokenPipe;
-    case ELOOP: return kErrorCantResolveFilename;
-    case EMLINK: return kErrorTooManyLinks;
+    case ENFILE:
+      return kErrorTooManyOpenFiles;
+    case EXDEV:
+      return kErrorNotSameDevice;
+    case EPIPE:
+      return kErrorBrokenPipe;
+    case ELOOP:
+      return kErrorCantResolveFilename;
+    case EMLINK:
+      return kErrorTooManyLinks;
     case ENOSYS:
-    case EOPNOTSUPP: return kErrorNotSupported;
-    case ETIMEDOUT: return kErrorTimeout;
-    case EIO: return kErrorGenFailure;
-    default: return kErrorGenFailure;
+    case EOPNOTSUPP:
+      return kErrorNotSupported;
+    case ETIMEDOUT:
+      return kErrorTimeout;
+    case EIO:
+      return kErrorGenFailure;
+    default:
+      return kErrorGenFailure;
   }
 }
 

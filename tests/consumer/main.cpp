@@ -8,7 +8,9 @@ int main() {
   using namespace basalt::literals;
   const UTF16String text = u"Grüße"_u16;
   const UTF8String bytes = basalt::UTF16to8(text);
-  if (bytes != "Gr\xC3\xBC\xC3\x9F" "e") {
+  if (bytes !=
+      "Gr\xC3\xBC\xC3\x9F"
+      "e") {
     std::puts("UTF-16 to UTF-8 conversion gave the wrong bytes");
     return 1;
   }

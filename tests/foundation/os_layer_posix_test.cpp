@@ -41,9 +41,9 @@ TEST(OsLayerErrors, TableRows) {
     int error;
     std::uint32_t expected;
   } rows[] = {
-      {ENOTDIR, 3},  {EACCES, 5},      {EPERM, 5},   {EISDIR, 5},  {ENOSPC, 112},
-      {ENAMETOOLONG, 206}, {EWOULDBLOCK, 32}, {EBADF, 6}, {EINVAL, 87}, {ENOTEMPTY, 145},
-      {EXDEV, 17},   {ENOMEM, 8},
+      {ENOTDIR, 3},  {EACCES, 5},         {EPERM, 5},        {EISDIR, 5},
+      {ENOSPC, 112}, {ENAMETOOLONG, 206}, {EWOULDBLOCK, 32}, {EBADF, 6},
+      {EINVAL, 87},  {ENOTEMPTY, 145},    {EXDEV, 17},       {ENOMEM, 8},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.error);
@@ -78,8 +78,12 @@ TEST(OsLayerPaths, NativeSpellingUsesSlashesAndDropsTheLongPathPrefix) {
 TEST(OsLayerPaths, PathsFromTheSystemComeBackWithBackslashes) {
   EXPECT_EQ(platform::FromNativeSpelling(u"/opt/app-1.2/bin/tovtool"_u16),
             u"\\opt\\app-1.2\\bin\\tovtool"_u16);
-  EXPECT_EQ(platform::posix::NativePath(u"\\tmp\\Grüße"_u16), "/tmp/Gr\xC3\xBC\xC3\x9F" "e");
-  EXPECT_EQ(platform::posix::LibraryPath("/tmp/Gr\xC3\xBC\xC3\x9F" "e"), u"\\tmp\\Grüße"_u16);
+  EXPECT_EQ(platform::posix::NativePath(u"\\tmp\\Grüße"_u16),
+            "/tmp/Gr\xC3\xBC\xC3\x9F"
+            "e");
+  EXPECT_EQ(platform::posix::LibraryPath("/tmp/Gr\xC3\xBC\xC3\x9F"
+                                         "e"),
+            u"\\tmp\\Grüße"_u16);
 }
 
 TEST(OsLayerEnvironment, ReadsSetVariablesAndReportsMissingOnes) {

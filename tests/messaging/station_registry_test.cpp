@@ -267,7 +267,7 @@ TEST_F(StationRegistryTest, DuplicateInstanceIsNeitherRegisteredNorDeleted) {
   Registry::RegisterStation("taken", &TrackedFactory);
   auto* late = new TrackedStation("taken");
   Registry::RegisterStation(late);
-  EXPECT_TRUE(mDestroyed.empty());                    // not deleted
+  EXPECT_TRUE(mDestroyed.empty());                        // not deleted
   EXPECT_FALSE(LookUpStationEntry("taken").hasInstance);  // not registered either
   TOV::Station* registered = Registry::FindStation("taken");
   EXPECT_NE(registered, late);

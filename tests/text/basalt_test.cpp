@@ -39,7 +39,9 @@ TEST(BasaltStrings, WideRoundTrip) {
 }
 
 TEST(BasaltUtf, ValidTextRoundTrips) {
-  const UTF8String bytes = "Gr\xC3\xBC\xC3\x9F" "e \xE4\xB8\x96 \xF0\x9F\x8E\xAC";
+  const UTF8String bytes =
+      "Gr\xC3\xBC\xC3\x9F"
+      "e \xE4\xB8\x96 \xF0\x9F\x8E\xAC";
   const UTF16String wide = basalt::UTF8to16(bytes);
   EXPECT_EQ(wide, u"Grüße 世 🎬"_u16);
   EXPECT_EQ(basalt::UTF16to8(wide), bytes);
@@ -58,15 +60,18 @@ TEST(BasaltUtf, InvalidUtf8BecomesReplacementPerMaximalSubpart) {
     std::string input;
     UTF16String expected;
   } rows[] = {
-      {"\x80", u"\xFFFD"_u16},                       // stray continuation
-      {"\xC0\xAF", u"\xFFFD\xFFFD"_u16},             // overlong lead never valid
-      {"\xE0\x80\xAF", u"\xFFFD\xFFFD\xFFFD"_u16},   // overlong three-byte form
-      {"\xED\xA0\x80", u"\xFFFD\xFFFD\xFFFD"_u16},   // encoded surrogate
+      {"\x80", u"\xFFFD"_u16},                                // stray continuation
+      {"\xC0\xAF", u"\xFFFD\xFFFD"_u16},                      // overlong lead never valid
+      {"\xE0\x80\xAF", u"\xFFFD\xFFFD\xFFFD"_u16},            // overlong three-byte form
+      {"\xED\xA0\x80", u"\xFFFD\xFFFD\xFFFD"_u16},            // encoded surrogate
       {"\xF4\x90\x80\x80", u"\xFFFD\xFFFD\xFFFD\xFFFD"_u16},  // above U+10FFFF
-      {"\xE2\x82", u"\xFFFD"_u16},                   // truncated at the end
-      {"\xE2\x82x", u"\xFFFDx"_u16},                 // truncated before ASCII
-      {"\xF0\x9F\x8E", u"\xFFFD"_u16},               // truncated four-byte form
-      {"\xFF" "a", u"\xFFFD" "a"_u16},
+      {"\xE2\x82", u"\xFFFD"_u16},                            // truncated at the end
+      {"\xE2\x82x", u"\xFFFDx"_u16},                          // truncated before ASCII
+      {"\xF0\x9F\x8E", u"\xFFFD"_u16},                        // truncated four-byte form
+      {"\xFF"
+       "a",
+       u"\xFFFD"
+       "a"_u16},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.input.size());
@@ -76,7 +81,9 @@ TEST(BasaltUtf, InvalidUtf8BecomesReplacementPerMaximalSubpart) {
 
 TEST(BasaltUtf, UnpairedSurrogatesBecomeReplacement) {
   const UTF16String lone = u"a"_u16 + UTF16String(1, 0xD800) + u"b"_u16 + UTF16String(1, 0xDC00);
-  EXPECT_EQ(basalt::UTF16to8(lone), "a\xEF\xBF\xBD" "b\xEF\xBF\xBD");
+  EXPECT_EQ(basalt::UTF16to8(lone),
+            "a\xEF\xBF\xBD"
+            "b\xEF\xBF\xBD");
   const UTF16String highAtEnd(1, 0xDBFF);
   EXPECT_EQ(basalt::UTF16to8(highAtEnd), "\xEF\xBF\xBD");
 }

@@ -18,8 +18,8 @@ void DemoBasics(std::ostream& out) {
       << '\n';
   out << "NumberToString(3.14159, 2 digits) = "
       << basalt::UTF16to8(basalt::NumberToString(3.14159, 1, 2)) << '\n';
-  out << "NumberToString(2.50, 3 digits) = "
-      << basalt::UTF16to8(basalt::NumberToString(2.50, 1, 3)) << '\n';
+  out << "NumberToString(2.50, 3 digits) = " << basalt::UTF16to8(basalt::NumberToString(2.50, 1, 3))
+      << '\n';
   out << "Localizer default text: "
       << basalt::UTF16to8(basalt::config::Localizer::Lookup("$$$/TOV/Demo/Hello=Hello, host"))
       << '\n';

@@ -171,8 +171,8 @@ int main(int argc, char** argv) {
   try {
     return command->run(args);
   } catch (const UsageError& error) {
-    std::cerr << "tovtool " << command->name << ": " << error.what() << "\nUsage: "
-              << command->usage << '\n';
+    std::cerr << "tovtool " << command->name << ": " << error.what()
+              << "\nUsage: " << command->usage << '\n';
     return 2;
   } catch (const std::exception& error) {
     std::cerr << "tovtool " << command->name << ": " << error.what() << '\n';

@@ -56,8 +56,9 @@ void RejectUnknownOptions(const Args& args);
 
 #define TOVTOOL_CONCAT2(a, b) a##b
 #define TOVTOOL_CONCAT(a, b) TOVTOOL_CONCAT2(a, b)
-#define TOVTOOL_COMMAND(...) \
-  static const bool TOVTOOL_CONCAT(tovtoolCommand, __LINE__) = ::tovtool::RegisterCommand(__VA_ARGS__)
-#define TOVTOOL_DEMO_SECTION(...)                                   \
+#define TOVTOOL_COMMAND(...)                                   \
+  static const bool TOVTOOL_CONCAT(tovtoolCommand, __LINE__) = \
+      ::tovtool::RegisterCommand(__VA_ARGS__)
+#define TOVTOOL_DEMO_SECTION(...)                           \
   static const bool TOVTOOL_CONCAT(tovtoolDemo, __LINE__) = \
       ::tovtool::RegisterDemoSection(__VA_ARGS__)
