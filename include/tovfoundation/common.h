@@ -93,7 +93,7 @@ namespace Halyard {
 // How a file port opens its file.
 enum AccessMode : std::int32_t {
   kAccessRead = 0,       // read only; the file must exist
-  kAccessWrite = 1,      // write only; create or truncate
+  kAccessWrite = 1,      // write; create or truncate (file ports may also read back)
   kAccessReadWrite = 2,  // read and write; open or create
 };
 
