@@ -56,61 +56,10 @@ void Fill(const WIN32_FIND_DATAW& found, FindData* data) {
   data->name = win32::FromWide(found.cFileName);
 }
 
-// Case folding of MatchesPattern, independent of the locale as the file
-// system's own: ASCII, Latin-1, Latin Extended-A, Greek and Cyrillic capitals.
-unsigned short FoldCase(unsigned short unit) {
-  if (unit < 0x80)
-    return (unit >= 'A' && unit <= 'Z') ? static_cast<unsigned short>(unit + 32) : unit;
-  if ((unit >= 0xC0 && unit <= 0xDE && unit != 0xD7) ||
-      (unit >= 0x391 && unit <= 0x3AB && unit != 0x3A2) || (unit >= 0x410 && unit <= 0x42F)) {
-    return static_cast<unsigned short>(unit + 0x20);
-  }
-  if (unit >= 0x400 && unit <= 0x40F) return static_cast<unsigned short>(unit + 0x50);
-  if (unit >= 0x100 && unit <= 0x137 && (unit & 1) == 0)
-    return static_cast<unsigned short>(unit + 1);
-  if (unit >= 0x139 && unit <= 0x148 && (unit & 1) == 1)
-    return static_cast<unsigned short>(unit + 1);
-  if (unit >= 0x14A && unit <= 0x177 && (unit & 1) == 0)
-    return static_cast<unsigned short>(unit + 1);
-  return unit;
-}
-
-bool Glob(const unsigned short* p, std::size_t pn, const unsigned short* s, std::size_t sn) {
-  std::size_t pi = 0, si = 0, starP = SIZE_MAX, starS = 0;
-  while (si < sn) {
-    if (pi < pn && (p[pi] == '?' || FoldCase(p[pi]) == FoldCase(s[si]))) {
-      ++pi;
-      ++si;
-    } else if (pi < pn && p[pi] == '*') {
-      starP = pi++;
-      starS = si;
-    } else if (starP != SIZE_MAX) {
-      pi = starP + 1;
-      si = ++starS;
-    } else {
-      return false;
-    }
-  }
-  while (pi < pn && p[pi] == '*') ++pi;
-  return pi == pn;
-}
-
 }  // namespace
 
 // FindFirstFileW matches in the system itself; this is the same rule written
 // out, for the tests that check the rule's table on every platform.
-bool MatchesPattern(const UTF16String& pattern, const UTF16String& name) {
-  if (Glob(pattern.data(), pattern.size(), name.data(), name.size())) return true;
-  const bool nameHasDot = name.find('.') != UTF16String::npos;
-  const std::size_t n = pattern.size();
-  if (n >= 2 && pattern[n - 2] == '.' && pattern[n - 1] == '*') {
-    if (Glob(pattern.data(), n - 2, name.data(), name.size())) return true;
-  }
-  if (n >= 2 && pattern[n - 1] == '.' && !nameHasDot) {
-    if (Glob(pattern.data(), n - 1, name.data(), name.size())) return true;
-  }
-  return false;
-}
 
 FindHandle FindFirstFile(const UTF16String& pattern, FindData* data) {
   WIN32_FIND_DATAW found{};
