@@ -1,4 +1,4 @@
-// OS layer: event objects.
+// OS layer: event objects, and a memory barrier across the whole process.
 //
 // The calls mirror CreateEventW, SetEvent, ResetEvent, WaitForSingleObject and
 // CloseHandle for unnamed events:
@@ -52,5 +52,22 @@ std::uint32_t WaitForSingleObject(EventHandle event, std::uint32_t milliseconds)
 // CloseHandle for an event: destroys it. No thread may still wait on it.
 // Null: false, last error 6.
 bool CloseHandle(EventHandle event);
+
+// A process-wide memory barrier: every thread of the process that is running
+// at the time executes a full memory barrier (or is ordered as if it did)
+// before the call returns. With it, a lock can let one thread enter with plain
+// stores and loads and put the cost of ordering on the rare other thread (see
+// streams/stream_state.h). POSIX: membarrier(2) with the private expedited
+// command, registered on the first availability query; Win32:
+// FlushProcessWriteBuffers.
+//
+// ProcessBarrierAvailable: whether ProcessWideBarrier works here (false when
+// the kernel refuses membarrier, e.g. under a seccomp filter that blocks it, and
+// under Wine, whose FlushProcessWriteBuffers does nothing). The
+// answer never changes within a process. Thread-safe.
+bool ProcessBarrierAvailable();
+
+// Executes the barrier. Only to be called when ProcessBarrierAvailable() is true.
+void ProcessWideBarrier();
 
 }  // namespace tov::platform

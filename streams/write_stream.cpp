@@ -73,9 +73,10 @@ void DestroyState(detail::WriteStreamState* state) {
 bool Reversed(const detail::WriteStreamState& state) { return state.order != kHaldLittleEndian; }
 
 // Writes the bytes of a value most significant first, one PutByte each,
-// stopping at the first failure.
+// stopping at the first failure. Kept out of line: the byte-order case of the
+// typed writes should not weigh on their common case.
 template <class Unsigned>
-std::uint32_t PutReversed(CWriteStream& stream, Unsigned value) {
+[[gnu::noinline]] std::uint32_t PutReversed(CWriteStream& stream, Unsigned value) {
   for (int shift = static_cast<int>(sizeof(Unsigned) * 8) - 8; shift >= 0; shift -= 8) {
     const std::uint32_t status = stream.PutByte(static_cast<unsigned char>(value >> shift));
     if (status != TOV::kSuccess) return status;

@@ -1,5 +1,16 @@
-// POSIX backend of the OS layer: event objects.
-// Only code that works on every POSIX system the library supports belongs here.
+// POSIX backend of the OS layer: event objects, the process-wide barrier.
+// Only code that works on every POSIX system the library supports belongs here;
+// the barrier is Linux's membarrier(2), guarded, and reported unavailable
+// elsewhere.
+#if defined(__has_include)
+#if __has_include(<linux/membarrier.h>)
+#include <linux/membarrier.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#define TOV_HAVE_MEMBARRIER 1
+#endif
+#endif
+
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -82,5 +93,20 @@ bool CloseHandle(EventHandle event) {
   delete event;
   return true;
 }
+
+#if defined(TOV_HAVE_MEMBARRIER) && defined(SYS_membarrier)
+bool ProcessBarrierAvailable() {
+  // Registration is needed once per process before the expedited command.
+  static const bool available =
+      ::syscall(SYS_membarrier, MEMBARRIER_CMD_REGISTER_PRIVATE_EXPEDITED, 0, 0) == 0;
+  return available;
+}
+
+void ProcessWideBarrier() { ::syscall(SYS_membarrier, MEMBARRIER_CMD_PRIVATE_EXPEDITED, 0, 0); }
+#else
+bool ProcessBarrierAvailable() { return false; }
+
+void ProcessWideBarrier() {}
+#endif
 
 }  // namespace tov::platform

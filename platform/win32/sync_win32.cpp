@@ -1,4 +1,4 @@
-// Win32 backend of the OS layer: event objects.
+// Win32 backend of the OS layer: event objects, the process-wide barrier.
 // Only code that works on every supported Windows version belongs here.
 #include "platform/error.h"
 #include "platform/sync.h"
@@ -66,5 +66,18 @@ bool CloseHandle(EventHandle event) {
   }
   return true;
 }
+
+bool ProcessBarrierAvailable() {
+  // Wine implements FlushProcessWriteBuffers as a stub that does nothing
+  // (Wine 8), so under Wine the barrier is reported unavailable; Wine shows
+  // itself by an export of its ntdll that Windows' ntdll does not have.
+  static const bool available = [] {
+    const HMODULE ntdll = ::GetModuleHandleW(L"ntdll.dll");
+    return ntdll == nullptr || ::GetProcAddress(ntdll, "wine_get_version") == nullptr;
+  }();
+  return available;
+}
+
+void ProcessWideBarrier() { ::FlushProcessWriteBuffers(); }
 
 }  // namespace tov::platform
