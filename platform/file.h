@@ -40,6 +40,12 @@
 //   - locks belong to the open file description: a forked child that has not
 //     exec'd shares the parent's lock (descriptors are opened O_CLOEXEC, so an
 //     exec'd program never inherits one).
+//
+// Seeks on POSIX. For regular files a seek only records the new position; the
+// next ReadFile or WriteFile transfers there with pread/pwrite, so the ports'
+// seek-then-transfer costs one system call. Every call here reports the file
+// pointer as on Windows; only the descriptor's kernel offset, which no caller
+// sees, lags behind.
 #pragma once
 
 #include <cstdint>

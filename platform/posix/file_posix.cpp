@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <limits>
@@ -28,6 +29,59 @@ int DescriptorOf(FileHandle file) {
     return -1;
   }
   return static_cast<int>(file.Bits() - 1);
+}
+
+// Lazy seeks. The file ports move the file pointer before every transfer, so
+// a seek followed by a read or write is the common pair; for regular files the
+// seek only records the position here, and the transfer that follows is a
+// pread/pwrite at it: one system call instead of two. While a position is
+// pending the kernel's offset of the descriptor is stale and nothing may rely
+// on it; every call of this file that would (the pointer queries, truncation)
+// takes the pending position instead. Descriptors from kTracked on, and those
+// of anything but regular files, keep the eager lseek path.
+//
+// A slot holds 0 for an untracked descriptor (the eager path), 1 for a tracked
+// one whose kernel offset is the file pointer, and position + 2 for a pending
+// position. Slots are written when a handle is opened or closed and by the
+// calls on its handle; the atomics only keep different handles race-free.
+constexpr int kTracked = 4096;
+constexpr std::int64_t kUntracked = 0;
+constexpr std::int64_t kKernelOffset = 1;
+constexpr std::int64_t kPendingBase = 2;
+constexpr std::int64_t kMaxPending = std::numeric_limits<std::int64_t>::max() - kPendingBase;
+std::atomic<std::int64_t> gSlots[kTracked];
+
+std::atomic<std::int64_t>* SlotOf(int fd) { return fd < kTracked ? &gSlots[fd] : nullptr; }
+
+std::int64_t SlotValue(int fd) {
+  const auto* slot = SlotOf(fd);
+  return slot == nullptr ? kUntracked : slot->load(std::memory_order_relaxed);
+}
+
+void SetSlot(int fd, std::int64_t value) {
+  if (auto* slot = SlotOf(fd)) slot->store(value, std::memory_order_relaxed);
+}
+
+// A pending slot advanced by a transfer of `done` bytes, saturating.
+std::int64_t Advanced(std::int64_t slot, std::uint32_t done) {
+  constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
+  return slot > kMax - done ? kMax : slot + done;
+}
+
+// The file pointer of a descriptor: the pending position or the kernel's offset.
+bool CurrentPosition(int fd, std::int64_t* position) {
+  const std::int64_t slot = SlotValue(fd);
+  if (slot >= kPendingBase) {
+    *position = slot - kPendingBase;
+    return true;
+  }
+  const off_t here = ::lseek(fd, 0, SEEK_CUR);
+  if (here < 0) {
+    posix::SetLastErrorFromErrno(errno);
+    return false;
+  }
+  *position = here;
+  return true;
 }
 
 int CloseKeepingErrno(int fd) {
@@ -154,6 +208,10 @@ FileHandle CreateFile(UTF16StringView libraryPath, std::uint32_t desiredAccess,
     }
   }
 
+  struct stat opened {};
+  const bool regular = ::fstat(fd, &opened) == 0 && S_ISREG(opened.st_mode);
+  SetSlot(fd, regular ? kKernelOffset : kUntracked);
+
   const bool reportsExisting =
       existed && (creationDisposition == kCreateAlways || creationDisposition == kOpenAlways);
   SetLastError(reportsExisting ? kErrorAlreadyExists : kErrorSuccess);
@@ -165,20 +223,26 @@ bool ReadFile(FileHandle file, void* buffer, std::uint32_t count, std::uint32_t*
   const int fd = DescriptorOf(file);
   if (fd < 0) return false;
   auto* out = static_cast<unsigned char*>(buffer);
+  const std::int64_t slot = SlotValue(fd);
+  const bool pending = slot >= kPendingBase;
   std::uint32_t done = 0;
+  bool ok = true;
   while (done < count) {
-    const ssize_t got = ::read(fd, out + done, count - done);
+    const ssize_t got = pending ? ::pread(fd, out + done, count - done,
+                                          static_cast<off_t>(slot - kPendingBase + done))
+                                : ::read(fd, out + done, count - done);
     if (got < 0) {
       if (errno == EINTR) continue;
       posix::SetLastErrorFromErrno(errno == EBADF ? EACCES : errno);
-      if (bytesRead != nullptr) *bytesRead = done;
-      return false;
+      ok = false;
+      break;
     }
     if (got == 0) break;  // end of file
     done += static_cast<std::uint32_t>(got);
   }
+  if (pending) SetSlot(fd, Advanced(slot, done));
   if (bytesRead != nullptr) *bytesRead = done;
-  return true;
+  return ok;
 }
 
 bool WriteFile(FileHandle file, const void* buffer, std::uint32_t count,
@@ -187,24 +251,30 @@ bool WriteFile(FileHandle file, const void* buffer, std::uint32_t count,
   const int fd = DescriptorOf(file);
   if (fd < 0) return false;
   const auto* in = static_cast<const unsigned char*>(buffer);
+  const std::int64_t slot = SlotValue(fd);
+  const bool pending = slot >= kPendingBase;
   std::uint32_t done = 0;
+  bool ok = true;
   while (done < count) {
-    const ssize_t put = ::write(fd, in + done, count - done);
+    const ssize_t put = pending ? ::pwrite(fd, in + done, count - done,
+                                           static_cast<off_t>(slot - kPendingBase + done))
+                                : ::write(fd, in + done, count - done);
     if (put < 0) {
       if (errno == EINTR) continue;
       posix::SetLastErrorFromErrno(errno == EBADF ? EACCES : errno);
-      if (bytesWritten != nullptr) *bytesWritten = done;
-      return false;
+      ok = false;
+      break;
     }
     if (put == 0) {  // no progress: report it rather than retry forever
       SetLastError(kErrorWriteFault);
-      if (bytesWritten != nullptr) *bytesWritten = done;
-      return false;
+      ok = false;
+      break;
     }
     done += static_cast<std::uint32_t>(put);
   }
+  if (pending) SetSlot(fd, Advanced(slot, done));
   if (bytesWritten != nullptr) *bytesWritten = done;
-  return true;
+  return ok;
 }
 
 namespace {
@@ -215,12 +285,7 @@ bool MovePointer(int fd, std::int64_t distance, std::uint32_t moveMethod, std::i
                  bool fitsIn32Bits) {
   std::int64_t base = 0;
   if (moveMethod == kFileCurrent) {
-    const off_t here = ::lseek(fd, 0, SEEK_CUR);
-    if (here < 0) {
-      posix::SetLastErrorFromErrno(errno);
-      return false;
-    }
-    base = here;
+    if (!CurrentPosition(fd, &base)) return false;
   } else if (moveMethod == kFileEnd) {
     struct stat st {};
     if (::fstat(fd, &st) != 0) {
@@ -243,9 +308,15 @@ bool MovePointer(int fd, std::int64_t distance, std::uint32_t moveMethod, std::i
     SetLastError(kErrorInvalidParameter);
     return false;
   }
-  if (::lseek(fd, static_cast<off_t>(target), SEEK_SET) < 0) {
-    posix::SetLastErrorFromErrno(errno);
-    return false;
+  const std::int64_t slot = SlotValue(fd);
+  if (slot != kUntracked && target <= kMaxPending) {
+    SetSlot(fd, target + kPendingBase);  // applied by the next transfer
+  } else {
+    if (::lseek(fd, static_cast<off_t>(target), SEEK_SET) < 0) {
+      posix::SetLastErrorFromErrno(errno);
+      return false;
+    }
+    if (slot != kUntracked) SetSlot(fd, kKernelOffset);
   }
   *result = target;
   return true;
@@ -290,13 +361,10 @@ bool SetFilePointerEx(FileHandle file, std::int64_t distance, std::int64_t* newP
 bool SetEndOfFile(FileHandle file) {
   const int fd = DescriptorOf(file);
   if (fd < 0) return false;
-  const off_t here = ::lseek(fd, 0, SEEK_CUR);
-  if (here < 0) {
-    posix::SetLastErrorFromErrno(errno);
-    return false;
-  }
+  std::int64_t here = 0;
+  if (!CurrentPosition(fd, &here)) return false;
   int rc;
-  do rc = ::ftruncate(fd, here);
+  do rc = ::ftruncate(fd, static_cast<off_t>(here));
   while (rc != 0 && errno == EINTR);
   if (rc != 0) {
     // A descriptor without write access reports EINVAL or EBADF: access denied.
@@ -343,6 +411,8 @@ bool FlushFileBuffers(FileHandle file) {
 bool CloseHandle(FileHandle file) {
   const int fd = DescriptorOf(file);
   if (fd < 0) return false;
+  // The slot is cleared before the descriptor can be given to another open.
+  SetSlot(fd, kUntracked);
   // The descriptor is released even when close reports an error (EINTR, EIO):
   // retrying could close a descriptor another thread has just been given.
   if (::close(fd) != 0 && errno != EINTR) {

@@ -245,3 +245,95 @@ TEST_F(FilePlatformTest, DeleteFile) {
   EXPECT_FALSE(platform::DeleteFile(dir.Library("")));
   EXPECT_EQ(platform::GetLastError(), platform::kErrorAccessDenied);
 }
+
+// Seeks followed by transfers, in every order the ports and streams use them.
+
+TEST_F(FilePlatformTest, SeekThenSetEndOfFileTruncatesAtTheSoughtPosition) {
+  streamtest::WriteAll(dir.Native("f.bin"), Bytes{1, 2, 3, 4, 5, 6, 7, 8});
+  platform::FileHandle h = Open("f.bin", platform::kOpenExisting);
+  EXPECT_EQ(platform::SetFilePointer(h, 3, nullptr, platform::kFileBegin), 3u);
+  EXPECT_TRUE(platform::SetEndOfFile(h));
+  EXPECT_EQ(platform::GetFileSize(h, nullptr), 3u);
+  EXPECT_EQ(platform::SetFilePointer(h, 0, nullptr, platform::kFileCurrent), 3u);
+  platform::CloseHandle(h);
+  EXPECT_EQ(streamtest::ReadAll(dir.Native("f.bin")), (Bytes{1, 2, 3}));
+}
+
+TEST_F(FilePlatformTest, TransfersAfterASeekStartThereAndAdvanceThePointer) {
+  streamtest::WriteAll(dir.Native("f.bin"), Bytes{0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
+  platform::FileHandle h = Open("f.bin", platform::kOpenExisting);
+  EXPECT_EQ(platform::SetFilePointer(h, 6, nullptr, platform::kFileBegin), 6u);
+  unsigned char two[2] = {};
+  std::uint32_t done = 0;
+  EXPECT_TRUE(platform::ReadFile(h, two, 2, &done));
+  EXPECT_EQ(done, 2u);
+  EXPECT_EQ(two[0], 6);
+  EXPECT_EQ(two[1], 7);
+  EXPECT_EQ(platform::SetFilePointer(h, 0, nullptr, platform::kFileCurrent), 8u);
+  const unsigned char mark[2] = {0xAA, 0xBB};
+  EXPECT_TRUE(platform::WriteFile(h, mark, 2, &done));  // continues at 8
+  EXPECT_EQ(platform::SetFilePointer(h, -9, nullptr, platform::kFileCurrent), 1u);
+  EXPECT_TRUE(platform::WriteFile(h, mark, 1, &done));
+  EXPECT_TRUE(platform::ReadFile(h, two, 2, &done));  // continues at 2
+  EXPECT_EQ(two[0], 2);
+  EXPECT_EQ(two[1], 3);
+  platform::CloseHandle(h);
+  EXPECT_EQ(streamtest::ReadAll(dir.Native("f.bin")),
+            (Bytes{0, 0xAA, 2, 3, 4, 5, 6, 7, 0xAA, 0xBB}));
+}
+
+TEST_F(FilePlatformTest, WriteAfterASeekPastTheEndLeavesAZeroGap) {
+  platform::FileHandle h = Open("f.bin", platform::kCreateAlways);
+  EXPECT_EQ(platform::SetFilePointer(h, 4, nullptr, platform::kFileBegin), 4u);
+  const unsigned char byte = 9;
+  EXPECT_TRUE(platform::WriteFile(h, &byte, 1, nullptr));
+  EXPECT_EQ(platform::GetFileSize(h, nullptr), 5u);
+  EXPECT_EQ(platform::SetFilePointer(h, 0, nullptr, platform::kFileEnd), 5u);
+  platform::CloseHandle(h);
+  EXPECT_EQ(streamtest::ReadAll(dir.Native("f.bin")), (Bytes{0, 0, 0, 0, 9}));
+}
+
+TEST_F(FilePlatformTest, FailedSeekKeepsTheSoughtPositionForTheNextTransfer) {
+  streamtest::WriteAll(dir.Native("f.bin"), Bytes{0, 1, 2, 3, 4, 5});
+  platform::FileHandle h = Open("f.bin", platform::kOpenExisting);
+  EXPECT_EQ(platform::SetFilePointer(h, 4, nullptr, platform::kFileBegin), 4u);
+  EXPECT_EQ(platform::SetFilePointer(h, -5, nullptr, platform::kFileCurrent),
+            platform::kInvalidSetFilePointer);
+  EXPECT_EQ(platform::GetLastError(), platform::kErrorNegativeSeek);
+  unsigned char byte = 0;
+  EXPECT_TRUE(platform::ReadFile(h, &byte, 1, nullptr));
+  EXPECT_EQ(byte, 4);
+  platform::CloseHandle(h);
+}
+
+TEST_F(FilePlatformTest, TwoHandlesOnOneFileKeepTheirOwnPointers) {
+  streamtest::WriteAll(dir.Native("f.bin"), Bytes{0, 1, 2, 3, 4, 5});
+  platform::FileHandle a = Open("f.bin", platform::kOpenExisting, platform::kGenericRead);
+  platform::FileHandle b = Open("f.bin", platform::kOpenExisting, platform::kGenericRead);
+  EXPECT_EQ(platform::SetFilePointer(a, 4, nullptr, platform::kFileBegin), 4u);
+  EXPECT_EQ(platform::SetFilePointer(b, 1, nullptr, platform::kFileBegin), 1u);
+  unsigned char fromA = 0;
+  unsigned char fromB = 0;
+  EXPECT_TRUE(platform::ReadFile(a, &fromA, 1, nullptr));
+  EXPECT_TRUE(platform::ReadFile(b, &fromB, 1, nullptr));
+  EXPECT_EQ(fromA, 4);
+  EXPECT_EQ(fromB, 1);
+  EXPECT_EQ(platform::SetFilePointer(a, 0, nullptr, platform::kFileCurrent), 5u);
+  EXPECT_EQ(platform::SetFilePointer(b, 0, nullptr, platform::kFileCurrent), 2u);
+  platform::CloseHandle(a);
+  platform::CloseHandle(b);
+}
+
+TEST_F(FilePlatformTest, AHandleOpenedAfterAnotherClosedStartsAtTheBeginning) {
+  streamtest::WriteAll(dir.Native("a.bin"), Bytes{0, 1, 2, 3, 4, 5});
+  streamtest::WriteAll(dir.Native("b.bin"), Bytes{7, 8});
+  platform::FileHandle a = Open("a.bin", platform::kOpenExisting);
+  EXPECT_EQ(platform::SetFilePointer(a, 5, nullptr, platform::kFileBegin), 5u);
+  platform::CloseHandle(a);  // closed with a seek not yet used by any transfer
+  platform::FileHandle b = Open("b.bin", platform::kOpenExisting);
+  EXPECT_EQ(platform::SetFilePointer(b, 0, nullptr, platform::kFileCurrent), 0u);
+  unsigned char byte = 0;
+  EXPECT_TRUE(platform::ReadFile(b, &byte, 1, nullptr));
+  EXPECT_EQ(byte, 7);
+  platform::CloseHandle(b);
+}
