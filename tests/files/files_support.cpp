@@ -15,30 +15,6 @@
 
 namespace files_test {
 
-TempFolder::TempFolder() {
-  const char* tmp = std::getenv("TMPDIR");
-  std::string base = (tmp != nullptr && tmp[0] != 0) ? tmp : TOV_TEST_BINARY_DIR;
-  std::string pattern = base + "/tovfiles-XXXXXX";
-  std::vector<char> buffer(pattern.begin(), pattern.end());
-  buffer.push_back(0);
-  if (::mkdtemp(buffer.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-  mNative = std::filesystem::canonical(buffer.data()).string();
-}
-
-TempFolder::~TempFolder() {
-  std::error_code ignored;
-  // Make everything writable first so removal cannot stop half-way.
-  std::filesystem::permissions(mNative, std::filesystem::perms::owner_all,
-                               std::filesystem::perm_options::add, ignored);
-  std::filesystem::remove_all(mNative, ignored);
-}
-
-UTF16String TempFolder::Lib() const { return files_test::Lib(mNative); }
-
-UTF16String TempFolder::Lib(const std::string& relative) const {
-  return files_test::Lib(mNative + "/" + relative);
-}
-
 ScopedEnv::ScopedEnv(const char* name, const char* value) : mName(name) {
   if (const char* old = std::getenv(name)) {
     mHad = true;
@@ -59,13 +35,7 @@ ScopedEnv::~ScopedEnv() {
   }
 }
 
-UTF16String Lib(const std::string& native) {
-  UTF16String out = basalt::UTF8to16(native);
-  for (auto& unit : out) {
-    if (unit == '/') unit = '\\';
-  }
-  return out;
-}
+UTF16String Lib(const std::string& native) { return tovtest::LibraryPath(native); }
 
 std::string U8(const UTF16String& text) { return basalt::UTF16to8(text); }
 UTF16String U16(const std::string& text) { return basalt::UTF8to16(text); }

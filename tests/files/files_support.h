@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "basalt/strings.h"
+#include "common/temp_tree.h"
 
 namespace files_test {
 
@@ -12,21 +13,19 @@ namespace files_test {
 // it when the object goes.
 class TempFolder {
  public:
-  TempFolder();
-  ~TempFolder();
-  TempFolder(const TempFolder&) = delete;
-  TempFolder& operator=(const TempFolder&) = delete;
   // The folder, native spelling, no trailing '/'.
-  const std::string& Native() const { return mNative; }
+  const std::string& Native() const { return mTree.Native(); }
   // The folder as a library path (backslashes), no trailing separator.
-  UTF16String Lib() const;
+  UTF16String Lib() const { return tovtest::LibraryPath(Native()); }
   // A library path of an entry below the folder: Lib() + "\" + relative
   // (relative given with '/' or '\').
-  UTF16String Lib(const std::string& relative) const;
-  std::string NativeOf(const std::string& relative) const { return mNative + "/" + relative; }
+  UTF16String Lib(const std::string& relative) const {
+    return tovtest::LibraryPath(NativeOf(relative));
+  }
+  std::string NativeOf(const std::string& relative) const { return mTree.NativeOf(relative); }
 
  private:
-  std::string mNative;
+  tovtest::TempTree mTree{"tovfiles"};
 };
 
 // Sets (or, with nullptr, unsets) an environment variable for the object's

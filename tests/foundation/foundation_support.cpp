@@ -36,25 +36,6 @@ std::array<void*, 20> MakeTable(std::integer_sequence<int, N...>) {
   return {reinterpret_cast<void*>(&Entry<N>)...};
 }
 
-void RemoveTree(const std::string& path) {
-  struct stat info {};
-  if (::lstat(path.c_str(), &info) != 0) return;
-  if (S_ISDIR(info.st_mode)) {
-    ::chmod(path.c_str(), 0700);
-    if (DIR* dir = ::opendir(path.c_str())) {
-      while (dirent* entry = ::readdir(dir)) {
-        const std::string name = entry->d_name;
-        if (name == "." || name == "..") continue;
-        RemoveTree(path + "/" + name);
-      }
-      ::closedir(dir);
-    }
-    ::rmdir(path.c_str());
-  } else {
-    ::unlink(path.c_str());
-  }
-}
-
 }  // namespace
 
 FakeHost::FakeHost() {
@@ -152,30 +133,7 @@ std::uint32_t FakeHost::Answer(int entry, unsigned short* buffer, std::uint32_t*
 
 // ---------------------------------------------------------------------------
 
-TempFolder::TempFolder() {
-  const char* base = std::getenv("TMPDIR");
-  std::string pattern = (base != nullptr && *base != 0) ? base : TOV_TEST_BINARY_DIR;
-  pattern += "/tovfoundation-test-XXXXXX";
-  std::vector<char> buffer(pattern.begin(), pattern.end());
-  buffer.push_back(0);
-  if (::mkdtemp(buffer.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-  mNative = buffer.data();
-}
-
-TempFolder::~TempFolder() { RemoveTree(mNative); }
-
-UTF16String TempFolder::Lib() const { return foundation_test::Lib(mNative); }
-UTF16String TempFolder::Lib(const std::string& relative) const {
-  return foundation_test::Lib(NativeOf(relative));
-}
-
-UTF16String Lib(const std::string& native) {
-  UTF16String out = basalt::UTF8to16(native);
-  for (auto& unit : out) {
-    if (unit == '/') unit = '\\';
-  }
-  return out;
-}
+UTF16String Lib(const std::string& native) { return tovtest::LibraryPath(native); }
 
 std::string Native(const UTF16String& library) {
   std::string out = basalt::UTF16to8(library);

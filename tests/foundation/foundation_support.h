@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "basalt/strings.h"
+#include "common/temp_tree.h"
 #include "tovfoundation/common.h"
 
 namespace foundation_test {
@@ -74,18 +75,16 @@ class FakeHost : public Halyard::IVServicesManager {
 // A fresh folder under $TMPDIR (or the build tree), removed with its contents.
 class TempFolder {
  public:
-  TempFolder();
-  ~TempFolder();
-  TempFolder(const TempFolder&) = delete;
-  TempFolder& operator=(const TempFolder&) = delete;
-  const std::string& Native() const { return mNative; }
-  std::string NativeOf(const std::string& relative) const { return mNative + "/" + relative; }
+  const std::string& Native() const { return mTree.Native(); }
+  std::string NativeOf(const std::string& relative) const { return mTree.NativeOf(relative); }
   // Library spelling (backslashes).
-  UTF16String Lib() const;
-  UTF16String Lib(const std::string& relative) const;
+  UTF16String Lib() const { return tovtest::LibraryPath(Native()); }
+  UTF16String Lib(const std::string& relative) const {
+    return tovtest::LibraryPath(NativeOf(relative));
+  }
 
  private:
-  std::string mNative;
+  tovtest::TempTree mTree{"tovfoundation-test"};
 };
 
 UTF16String Lib(const std::string& native);

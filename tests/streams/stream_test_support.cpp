@@ -16,25 +16,6 @@
 
 namespace streamtest {
 
-TempDir::TempDir() {
-  std::string pattern = std::string(TOV_TEST_BINARY_DIR) + "/streams-test-XXXXXX";
-  if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-  mPath = pattern;
-}
-
-TempDir::~TempDir() {
-  std::error_code ignored;
-  std::filesystem::remove_all(mPath, ignored);
-}
-
-std::string TempDir::Native(const std::string& name) const { return mPath + "/" + name; }
-
-UTF16String TempDir::Library(const std::string& name) const {
-  std::string path = Native(name);
-  std::replace(path.begin(), path.end(), '/', '\\');
-  return basalt::UTF8to16(path);
-}
-
 Bytes ReadAll(const std::string& nativePath) {
   std::ifstream in(nativePath, std::ios::binary);
   return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());

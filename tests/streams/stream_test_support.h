@@ -8,27 +8,23 @@
 #include <vector>
 
 #include "basalt/strings.h"
+#include "common/temp_tree.h"
 #include "tovfoundation/streams.h"
 
 namespace streamtest {
 
 using Bytes = std::vector<unsigned char>;
 
-// A fresh folder under the build tree, removed with everything in it.
+// A fresh folder under $TMPDIR (or the build tree), removed with everything in it.
 class TempDir {
  public:
-  TempDir();
-  ~TempDir();
-  TempDir(const TempDir&) = delete;
-  TempDir& operator=(const TempDir&) = delete;
-
   // The native path of `name` inside the folder.
-  std::string Native(const std::string& name) const;
+  std::string Native(const std::string& name) const { return mTree.NativeOf(name); }
   // The same path in the library's spelling (backslashes), UTF-16.
-  UTF16String Library(const std::string& name) const;
+  UTF16String Library(const std::string& name) const { return tovtest::LibraryPath(Native(name)); }
 
  private:
-  std::string mPath;
+  tovtest::TempTree mTree{"streams-test"};
 };
 
 Bytes ReadAll(const std::string& nativePath);

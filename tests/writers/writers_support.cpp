@@ -14,18 +14,6 @@
 
 namespace writers_test {
 
-TempFolder::TempFolder() {
-  std::filesystem::create_directories(TOV_TEST_BINARY_DIR "/tmp");
-  std::string pattern = TOV_TEST_BINARY_DIR "/tmp/writers-XXXXXX";
-  if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-  mPath = pattern;
-}
-
-TempFolder::~TempFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(mPath, ignored);
-}
-
 UTF16String TempFolder::File16(const std::string& name) const {
   return basalt::UTF8to16(File(name));
 }

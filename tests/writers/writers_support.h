@@ -7,27 +7,23 @@
 #include <vector>
 
 #include "basalt/strings.h"
+#include "common/temp_tree.h"
 #include "tovfoundation/streams.h"
 
 namespace writers_test {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// A fresh folder under the build tree, removed with everything in it.
+// A fresh folder under $TMPDIR (or the build tree), removed with everything in it.
 class TempFolder {
  public:
-  TempFolder();
-  ~TempFolder();
-  TempFolder(const TempFolder&) = delete;
-  TempFolder& operator=(const TempFolder&) = delete;
-
-  const std::string& Path() const { return mPath; }
+  const std::string& Path() const { return mTree.Native(); }
   // Path of `name` inside the folder.
-  std::string File(const std::string& name) const { return mPath + "/" + name; }
+  std::string File(const std::string& name) const { return mTree.NativeOf(name); }
   UTF16String File16(const std::string& name) const;
 
  private:
-  std::string mPath;
+  tovtest::TempTree mTree{"writers"};
 };
 
 Bytes ReadFileBytes(const std::string& path);
