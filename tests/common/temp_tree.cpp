@@ -36,7 +36,9 @@ TempTree::TempTree(const std::string& prefix) {
   std::vector<char> buffer(pattern.begin(), pattern.end());
   buffer.push_back(0);
   if (::mkdtemp(buffer.data()) == nullptr) throw std::runtime_error("mkdtemp failed: " + pattern);
-  mNative = fs::canonical(buffer.data()).string();
+  // Forward slashes on every platform, so native paths built by appending
+  // "/name" stay in one spelling.
+  mNative = fs::canonical(buffer.data()).generic_string();
 }
 
 TempTree::~TempTree() {

@@ -261,7 +261,9 @@ TEST(PreferencesFolder, HomeStandsInWhenNeitherVariableIsSet) {
   TempFolder temp;
   ScopedEnv drive("HOMEDRIVE", nullptr);
   ScopedEnv path("HOMEPATH", nullptr);
-  ScopedEnv home("HOME", temp.Native().c_str());
+  // HOME as the system spells it (backslashes on Windows, where it is taken as is).
+  const std::string spelled = std::filesystem::path(temp.Native()).make_preferred().string();
+  ScopedEnv home("HOME", spelled.c_str());
   EXPECT_EQ(PU::TOVGetPreferencesFolder(), temp.Lib());
 }
 
