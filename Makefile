@@ -73,4 +73,4 @@ bench:
 	@bash scripts/install-deps --bench
 	cmake --preset release
 	cmake --build --preset release -j $(JOBS)
-	python3 scripts/bench-report build/release
+	python3 scripts/bench-report build/release --repetitions 3
