@@ -61,6 +61,13 @@ std::string MakeFile(const char* name, std::size_t n) {
 
 UTF16String Wide(const std::string& path) { return basalt::UTF8to16(path); }
 
+// Opens a file port for a case, or marks the case skipped and returns false.
+bool OpenPort(Halyard::CFilePort& port, const std::string& path, benchmark::State& state) {
+  if (port.Open(Wide(path).c_str()) == 0) return true;
+  state.SkipWithError("open failed");
+  return false;
+}
+
 // --- bulk over RAM ---------------------------------------------------------------
 
 void TovBulkReadRam(benchmark::State& state) {
@@ -123,10 +130,7 @@ void TovBulkReadFile(benchmark::State& state) {
   const std::string path = MakeFile("bulk_read.bin", kMiB);
   std::vector<unsigned char> target(kMiB);
   Halyard::CFilePort port(Halyard::kAccessRead, 0);
-  if (port.Open(Wide(path).c_str()) != 0) {
-    state.SkipWithError("open failed");
-    return;
-  }
+  if (!OpenPort(port, path, state)) return;
   Halyard::CReadStream stream(port, Halyard::kHaldLittleEndian, kBuffer, 0, 1);
   for (auto _ : state) {
     stream.SetPos(0);
@@ -160,10 +164,7 @@ void TovBulkWriteFile(benchmark::State& state) {
   const auto source = Pattern(kMiB);
   const std::string path = MakeFile("bulk_write.bin", kMiB);
   Halyard::CFilePort port(Halyard::kAccessReadWrite, 0);
-  if (port.Open(Wide(path).c_str()) != 0) {
-    state.SkipWithError("open failed");
-    return;
-  }
+  if (!OpenPort(port, path, state)) return;
   Halyard::CWriteStream stream(port, Halyard::kHaldLittleEndian, kBuffer, 0, 1);
   for (auto _ : state) {
     stream.SetPos(0);
@@ -216,10 +217,7 @@ constexpr std::uint32_t kNewFileMiB = 16;
 void TovBulkWriteNewFile(benchmark::State& state) {
   const auto source = Pattern(kMiB);
   Halyard::CFilePort port(Halyard::kAccessWrite, 0);
-  if (port.Open(Wide(TheScratch().File("bulk_write_new.bin")).c_str()) != 0) {
-    state.SkipWithError("open failed");
-    return;
-  }
+  if (!OpenPort(port, TheScratch().File("bulk_write_new.bin"), state)) return;
   Halyard::CWriteStream stream(port, Halyard::kHaldLittleEndian, kBuffer, 0, 1);
   for (auto _ : state) {
     state.PauseTiming();
@@ -348,10 +346,7 @@ BENCHMARK(PeerPutIntRam)->Name("peer/putint_ram/4B");
 void TovReadIntFile(benchmark::State& state) {
   const std::string path = MakeFile("ints.bin", kInts * 4);
   Halyard::CFilePort port(Halyard::kAccessRead, 0);
-  if (port.Open(Wide(path).c_str()) != 0) {
-    state.SkipWithError("open failed");
-    return;
-  }
+  if (!OpenPort(port, path, state)) return;
   Halyard::CReadStream stream(port, Halyard::kHaldLittleEndian, kBuffer, 0, 1);
   for (auto _ : state) {
     stream.SetPos(0);
@@ -387,10 +382,7 @@ BENCHMARK(PeerReadIntFile)->Name("peer/readint_file/4B");
 
 void TovPutIntFile(benchmark::State& state) {
   Halyard::CFilePort port(Halyard::kAccessWrite, 0);
-  if (port.Open(Wide(TheScratch().File("put.bin")).c_str()) != 0) {
-    state.SkipWithError("open failed");
-    return;
-  }
+  if (!OpenPort(port, TheScratch().File("put.bin"), state)) return;
   Halyard::CWriteStream stream(port, Halyard::kHaldLittleEndian, kBuffer, 0, 1);
   for (auto _ : state) {
     stream.SetPos(0);
