@@ -51,6 +51,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "basalt/strings.h"
@@ -108,7 +109,9 @@ class TOV_API PropList {
   bool operator==(const PropList& other) const;
 
  private:
+  class Entry;
   struct Entries;
+  friend struct PropListAccess;
   std::unique_ptr<Entries> mEntries;
 };
 
@@ -164,6 +167,12 @@ TOV_API void LoadPropList(const UTF16String& path, PropList& list, std::uint32_t
 // deleted (a process killed mid-save can leave it behind) and PropListError
 // (kWriteFailed, with the system's error) is thrown; `path` is unchanged.
 TOV_API void SavePropList(const UTF16String& path, const PropList& list);
+
+// True when SavePropList writes `text` (a key or a value, UTF-8) so that
+// LoadPropList gives it back unchanged: valid UTF-8 made only of characters
+// XML 1.0 carries (tab, line feed, carriage return, and U+0020 and up except
+// U+FFFE and U+FFFF). "a\tb" ⇒ true; "a\x01b" ⇒ false; "" ⇒ true.
+TOV_API bool IsStorableText(std::string_view text);
 
 // The XML text SavePropList writes, and the parser LoadPropList uses, on
 // bytes in memory. ParsePropList throws PropListError(kNotAPropList).
