@@ -139,6 +139,13 @@ bool ReadFile(FileHandle file, void* buffer, std::uint32_t count, std::uint32_t*
 bool WriteFile(FileHandle file, const void* buffer, std::uint32_t count,
                std::uint32_t* bytesWritten);
 
+// Test seam: while set, WriteFile first asks `fault` about every write; a
+// nonzero answer fails that write with the answer as its Windows error code
+// (112 for a full disk, say) and writes nothing. Null restores plain writes.
+// Set it only while no other thread writes.
+using WriteFault = std::uint32_t (*)(FileHandle file, std::uint32_t count);
+void SetWriteFaultForTesting(WriteFault fault);
+
 // SetFilePointer. Without `distanceHigh` the distance is the signed 32-bit
 // `distance`; with it, the 64-bit value (*distanceHigh << 32) | (uint32)distance,
 // and the high part of the new position is stored back in *distanceHigh.

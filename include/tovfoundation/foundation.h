@@ -122,9 +122,47 @@ TOV_API UTF16String WritersFolder();              // entry 4
 // that cannot be read is ignored: the registry starts empty). It is saved
 // after every new assignment and once more at process exit.
 //
-// Locks: a registrar-wide lock serialises the four operations; the registry's
-// own lock guards its construction and every save; the first is always taken
-// before the second.
+// Several processes share one list. Every read-modify-write of the list runs
+// under an inter-process lock held on "MasterFolderList.xml.lock" beside it,
+// and every save replaces the list atomically (a temporary file, flushed to
+// disk, renamed over the list), so a process killed at any moment leaves
+// either the old list or the new one. On top of what a single process does:
+//   - A save first re-reads the list when another process replaced it since
+//     this process last read or wrote it, and writes the union. Entries on
+//     disk that this process does not know are kept and adopted.
+//   - For a key both hold with different cache files, the one already on disk
+//     wins: this process adopts it, and removes its own file if that is still
+//     empty. A pair this process has a file for and the disk has none keeps
+//     its file.
+//   - RegisterFolder for a pair it does not hold decides under the lock, after
+//     catching up with the list, so two processes registering the same pair at
+//     once get the same file.
+//   - FindFolder that misses re-reads the list when it changed on disk, so a
+//     pair another process registered since is found.
+//   - The save at exit writes only when this process holds something the file
+//     lacks (or there is no file): a process that only looked pairs up never
+//     rewrites the list.
+//   - A list that exists but cannot be loaded (damaged, truncated, not a
+//     property list, a folder in its place, unreadable) is never overwritten:
+//     before the first save that would replace it, it is renamed to
+//     "MasterFolderList.xml.damaged-<UTC time>" (e.g. ".damaged-20261124T093015Z",
+//     then "-2", "-3", ... so that no earlier one is overwritten). Nothing is
+//     printed; GetListReport tells.
+//   - At first use, temporary files of earlier saves
+//     ("MasterFolderList.xml.<process>-<n>.tmp") whose process no longer runs
+//     are deleted whether or not the list exists; those of running processes
+//     are left alone.
+//   - Text the list cannot store exactly (see basalt::proplist::utils::
+//     IsStorableText: the control characters U+0001-U+001F other than tab,
+//     line feed and carriage return, NUL, U+FFFE, U+FFFF) would come back
+//     different after a restart, so the pair would never be found again:
+//     RegisterFolder refuses such a folder or name (and a cache folder whose
+//     path holds one) with kErrRegistryNoCacheFile, leaving `cacheFile`
+//     unchanged, and the report says why. FindFolder simply misses.
+//
+// Locks: a registrar-wide lock serialises the operations; the registry's own
+// lock guards its construction and every save; the inter-process lock comes
+// last. The first is always taken before the second.
 namespace FolderRegistrar {
 
 // Takes and releases the registrar-wide lock; returns 0. Needs nothing from
@@ -155,6 +193,35 @@ TOV_API std::uint32_t FindFolder(const UTF16String& folder, const UTF16String& n
 // deliberately: a registration lasts as long as the list file, and FindFolder
 // still finds the pair afterwards.
 TOV_API std::uint32_t UnRegisterFolder(const UTF16String& folder, const UTF16String& name);
+
+// What happened to the list file in this process, for callers that need more
+// than the statuses above (which stay as they are: RegisterFolder answers 0
+// even when only its save failed).
+struct ListReport {
+  // The list file's full path; empty before first use, or without a cache
+  // folder (nothing is then ever written).
+  UTF16String listFile;
+  // The latest save: 0 when it wrote the list (or none was tried yet),
+  // kErrRegistryNotFound when the list could not be written.
+  std::uint32_t saveStatus = 0;
+  // The Windows error code of that failed save (112 disk full, 5 access
+  // denied, ...; Halyard::Win32ErrorCodeToMessage gives its text), and the
+  // failure in words. 0 and empty after a successful save.
+  std::uint32_t saveSystemError = 0;
+  UTF16String saveError;
+  // The full path a damaged list was moved to by this process (the latest
+  // one); empty when none was set aside.
+  UTF16String damagedListSetAside;
+  // Why the list read last could not be loaded; empty when it loaded.
+  UTF16String damagedReason;
+  // Why the latest RegisterFolder refused the pair with
+  // kErrRegistryNoCacheFile for text the list cannot store; empty otherwise.
+  UTF16String refusal;
+};
+
+// The report of this process's registry. Builds nothing: before first use
+// every field is empty or 0. Thread-safe.
+TOV_API ListReport GetListReport();
 
 }  // namespace FolderRegistrar
 

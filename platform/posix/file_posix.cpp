@@ -245,11 +245,23 @@ bool ReadFile(FileHandle file, void* buffer, std::uint32_t count, std::uint32_t*
   return ok;
 }
 
+namespace {
+std::atomic<WriteFault> gWriteFault{nullptr};
+}  // namespace
+
+void SetWriteFaultForTesting(WriteFault fault) { gWriteFault.store(fault); }
+
 bool WriteFile(FileHandle file, const void* buffer, std::uint32_t count,
                std::uint32_t* bytesWritten) {
   if (bytesWritten != nullptr) *bytesWritten = 0;
   const int fd = DescriptorOf(file);
   if (fd < 0) return false;
+  if (const WriteFault fault = gWriteFault.load(std::memory_order_relaxed)) {
+    if (const std::uint32_t error = fault(file, count)) {
+      SetLastError(error);
+      return false;
+    }
+  }
   const auto* in = static_cast<const unsigned char*>(buffer);
   const std::int64_t slot = SlotValue(fd);
   const bool pending = slot >= kPendingBase;

@@ -1,5 +1,6 @@
 // Win32 backend of the OS layer: files opened by handle.
 // Only code that works on every supported Windows version belongs here.
+#include <atomic>
 #include <cstdint>
 
 #include "platform/error.h"
@@ -59,10 +60,22 @@ bool ReadFile(FileHandle file, void* buffer, std::uint32_t count, std::uint32_t*
   return true;
 }
 
+namespace {
+std::atomic<WriteFault> gWriteFault{nullptr};
+}  // namespace
+
+void SetWriteFaultForTesting(WriteFault fault) { gWriteFault.store(fault); }
+
 bool WriteFile(FileHandle file, const void* buffer, std::uint32_t count,
                std::uint32_t* bytesWritten) {
   if (bytesWritten != nullptr) *bytesWritten = 0;
   if (!Usable(file)) return false;
+  if (const WriteFault fault = gWriteFault.load(std::memory_order_relaxed)) {
+    if (const std::uint32_t error = fault(file, count)) {
+      ::SetLastError(error);
+      return false;
+    }
+  }
   DWORD put = 0;
   if (!::WriteFile(Native(file), buffer, count, &put, nullptr)) {
     win32::KeepFailureCode(kErrorWriteFault);

@@ -1,0 +1,94 @@
+// Win32 backend of the OS layer: lock files, file versions, process liveness.
+// Only code that works on every supported Windows version belongs here.
+#include <cstdint>
+
+#include "platform/error.h"
+#include "platform/interprocess.h"
+#include "platform/win32/win32_support.h"
+
+namespace tov::platform {
+
+namespace {
+
+HANDLE Native(FileHandle file) { return reinterpret_cast<HANDLE>(file.Bits()); }
+
+bool Usable(FileHandle file) {
+  if (file.IsOpen()) return true;
+  ::SetLastError(ERROR_INVALID_HANDLE);
+  return false;
+}
+
+}  // namespace
+
+FileHandle OpenLockFile(const UTF16String& path) {
+  const HANDLE handle = ::CreateFileW(win32::WidePath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) {
+    win32::KeepFailureCode();
+    return FileHandle::Invalid();
+  }
+  ::SetLastError(0);
+  return FileHandle::FromBits(reinterpret_cast<std::intptr_t>(handle));
+}
+
+bool LockFileExclusive(FileHandle lockFile) {
+  if (!Usable(lockFile)) return false;
+  OVERLAPPED at{};
+  if (!::LockFileEx(Native(lockFile), LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &at)) {
+    win32::KeepFailureCode();
+    return false;
+  }
+  return true;
+}
+
+bool UnlockFile(FileHandle lockFile) {
+  if (!Usable(lockFile)) return false;
+  OVERLAPPED at{};
+  if (!::UnlockFileEx(Native(lockFile), 0, 1, 0, &at)) {
+    win32::KeepFailureCode();
+    return false;
+  }
+  return true;
+}
+
+bool GetFileVersion(const UTF16String& path, FileVersion* version) {
+  // Attributes only, shared with everything: it never disturbs another open.
+  const HANDLE handle = ::CreateFileW(win32::WidePath(path).c_str(), FILE_READ_ATTRIBUTES,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) {
+    win32::KeepFailureCode();
+    return false;
+  }
+  BY_HANDLE_FILE_INFORMATION info{};
+  const bool ok = ::GetFileInformationByHandle(handle, &info) != 0;
+  const DWORD error = ::GetLastError();
+  ::CloseHandle(handle);
+  if (!ok) {
+    ::SetLastError(error != 0 ? error : ERROR_GEN_FAILURE);
+    return false;
+  }
+  version->volume = info.dwVolumeSerialNumber;
+  version->fileId = (static_cast<std::uint64_t>(info.nFileIndexHigh) << 32) | info.nFileIndexLow;
+  version->size = (static_cast<std::uint64_t>(info.nFileSizeHigh) << 32) | info.nFileSizeLow;
+  version->writeTime = win32::FileTimeValue(info.ftLastWriteTime);
+  version->changeTime = win32::FileTimeValue(info.ftCreationTime);
+  version->isFolder = (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  return true;
+}
+
+bool IsProcessRunning(std::uint32_t processId) {
+  if (processId == 0) return false;
+  const HANDLE process = ::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, processId);
+  if (process == nullptr) {
+    // Denied: it exists but belongs to someone else.
+    return ::GetLastError() == ERROR_ACCESS_DENIED;
+  }
+  DWORD code = 0;
+  const bool running = ::GetExitCodeProcess(process, &code) != 0 && code == STILL_ACTIVE;
+  ::CloseHandle(process);
+  return running;
+}
+
+}  // namespace tov::platform
