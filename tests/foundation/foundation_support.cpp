@@ -177,7 +177,7 @@ std::vector<std::string> ListFolder(const std::string& native) {
   return names;
 }
 
-int RunChild(const std::string& testName, const std::map<std::string, std::string>& env) {
+int StartChild(const std::string& testName, const std::map<std::string, std::string>& env) {
   std::vector<std::string> variables;
   for (char** entry = environ; *entry != nullptr; ++entry) {
     const std::string text = *entry;
@@ -198,12 +198,21 @@ int RunChild(const std::string& testName, const std::map<std::string, std::strin
   if (::posix_spawn(&child, program.c_str(), nullptr, nullptr, argv.data(), envp.data()) != 0) {
     return -1;
   }
+  return static_cast<int>(child);
+}
+
+int WaitChild(int child) {
+  if (child < 0) return -1;
   int status = 0;
-  while (::waitpid(child, &status, 0) < 0) {
+  while (::waitpid(static_cast<pid_t>(child), &status, 0) < 0) {
   }
   if (WIFEXITED(status)) return WEXITSTATUS(status);
   if (WIFSIGNALED(status)) return 128 + WTERMSIG(status);
   return -1;
+}
+
+int RunChild(const std::string& testName, const std::map<std::string, std::string>& env) {
+  return WaitChild(StartChild(testName, env));
 }
 
 bool IsChild() {

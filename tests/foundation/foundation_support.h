@@ -103,6 +103,10 @@ std::vector<std::string> ListFolder(const std::string& native);
 // environment variable TOV_FOUNDATION_CHILD=1 and the extra variables given.
 // Returns the exit status (or 128 + signal).
 int RunChild(const std::string& testName, const std::map<std::string, std::string>& env);
+// The same, without waiting: the child's process number (-1 on failure), for
+// WaitChild, which returns its exit status (or 128 + signal).
+int StartChild(const std::string& testName, const std::map<std::string, std::string>& env);
+int WaitChild(int child);
 // True in a program started by RunChild.
 bool IsChild();
 

@@ -1,0 +1,163 @@
+// The cache-folder registrar when its processes are killed at random moments
+// or run out of room (POSIX: SIGKILL and a file-size limit).
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <map>
+#include <random>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+
+#include "basalt/proplist.h"
+#include "foundation/registrar_internal.h"
+#include "foundation_support.h"
+#include "tovfoundation/foundation.h"
+
+namespace {
+
+using namespace basalt::literals;
+using basalt::proplist::PropList;
+using foundation_test::FakeHost;
+using foundation_test::TempFolder;
+using foundation_test::U16;
+using foundation_test::U8;
+
+// Registers the pairs of TOV_TEST_PAIRS like ChildProcess.
+// RegistrarRegistersReportingEach, under a file-size limit of
+// TOV_TEST_FSIZE bytes (SIGXFSZ ignored, so writes past it fail with EFBIG),
+// then writes "saveStatus|systemError" of the last registration to
+// TOV_TEST_OUT.
+TEST(ChildProcess, RegistrarRegistersUnderFileSizeLimit) {
+  if (!foundation_test::IsChild()) GTEST_SKIP() << "runs only as a second process";
+  FakeHost host;
+  host.SetFolder(TOV::Paths::kCacheFolderEntry,
+                 foundation_test::Lib(std::getenv("TOV_TEST_CACHE")));
+  ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
+  ::signal(SIGXFSZ, SIG_IGN);
+  const rlimit limit{static_cast<rlim_t>(std::atoll(std::getenv("TOV_TEST_FSIZE"))),
+                     static_cast<rlim_t>(std::atoll(std::getenv("TOV_TEST_FSIZE")))};
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+  std::istringstream pairs(foundation_test::ReadFileBytes(std::getenv("TOV_TEST_PAIRS")));
+  std::string line;
+  std::uint32_t status = 0;
+  while (std::getline(pairs, line)) {
+    UTF16String file;
+    status |= FolderRegistrar::RegisterFolder(U16(line), UTF16String(), file);
+  }
+  const FolderRegistrar::ListReport report = FolderRegistrar::GetListReport();
+  const std::string out = std::to_string(status) + "|" + std::to_string(report.saveStatus) + "|" +
+                          std::to_string(report.saveSystemError);
+  // Written before the limit could bite: the report is a few bytes.
+  foundation_test::WriteFileBytes(std::getenv("TOV_TEST_OUT"), out);
+  ::_exit(0);  // no save at exit: the parent looks at the list as the failed save left it
+}
+
+class RegistrarCrash : public ::testing::Test {
+ protected:
+  void SetUp() override { tov::foundation::ResetRegistryForTesting(); }
+  void TearDown() override {
+    tov::foundation::ResetRegistryForTesting();
+    TOVFoundation::Terminate(&host);
+  }
+  FakeHost host;
+  TempFolder cache;
+  TempFolder work;
+};
+
+TEST_F(RegistrarCrash, KilledRegistrarsLoseNothingTheyReported) {
+  constexpr int kKills = 110;
+  std::mt19937 random(20261124);
+  std::uniform_int_distribution<int> delayMs(2, 40);
+  std::map<std::string, std::string> reported;  // folder -> file
+  int kills = 0;
+  for (int run = 0; kills < kKills; ++run) {
+    std::string pairs;
+    for (int i = 0; i < 40; ++i) {
+      pairs += "C:\\Run " + std::to_string(run) + "\\Clip " + std::to_string(i) + "|\n";
+    }
+    const std::string pairsFile = work.NativeOf("pairs" + std::to_string(run));
+    const std::string outFile = work.NativeOf("out" + std::to_string(run));
+    foundation_test::WriteFileBytes(pairsFile, pairs);
+    const int child = foundation_test::StartChild("ChildProcess.RegistrarRegistersReportingEach",
+                                                  {{"TOV_TEST_CACHE", cache.Native()},
+                                                   {"TOV_TEST_PAIRS", pairsFile},
+                                                   {"TOV_TEST_OUT", outFile}});
+    ASSERT_GT(child, 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(delayMs(random)));
+    if (::kill(child, SIGKILL) == 0) ++kills;
+    foundation_test::WaitChild(child);
+    std::istringstream lines(foundation_test::ReadFileBytes(outFile));
+    std::string line;
+    int i = 0;
+    while (std::getline(lines, line)) {
+      ASSERT_EQ(line.substr(0, 2), "0|") << line;
+      reported["C:\\Run " + std::to_string(run) + "\\Clip " + std::to_string(i++)] = line.substr(2);
+    }
+  }
+  ASSERT_GE(kills, kKills);
+
+  // The list always loads; every reported registration is in it with its file.
+  PropList list;
+  ASSERT_NO_THROW(basalt::proplist::utils::LoadPropList(
+      foundation_test::Lib(cache.NativeOf("MasterFolderList.xml")), list, 0));
+  host.SetFolder(TOV::Paths::kCacheFolderEntry, cache.Lib());
+  ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
+  for (const auto& [folder, file] : reported) {
+    SCOPED_TRACE(folder);
+    UTF16String found;
+    ASSERT_EQ(FolderRegistrar::FindFolder(U16(folder), UTF16String(), found), 0u);
+    EXPECT_EQ(U8(found), file);
+  }
+  // After this first use no temporary file of a killed save is left.
+  for (const auto& name : foundation_test::ListFolder(cache.Native())) {
+    EXPECT_EQ(name.find(".tmp"), std::string::npos) << name;
+  }
+  RecordProperty("registrations_reported", static_cast<int>(reported.size()));
+}
+
+TEST_F(RegistrarCrash, FileSizeLimitFailsTheSaveAndKeepsThePreviousList) {
+  // A list of a few pairs first, written without a limit.
+  host.SetFolder(TOV::Paths::kCacheFolderEntry, cache.Lib());
+  ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
+  for (int i = 0; i < 3; ++i) {
+    UTF16String file;
+    ASSERT_EQ(
+        FolderRegistrar::RegisterFolder(U16("C:\\Early " + std::to_string(i)), UTF16String(), file),
+        0u);
+  }
+  tov::foundation::ResetRegistryForTesting();
+  const std::string listPath = cache.NativeOf("MasterFolderList.xml");
+  const std::string before = foundation_test::ReadFileBytes(listPath);
+
+  std::string pairs;
+  for (int i = 0; i < 40; ++i)
+    pairs += "C:\\A rather long folder name to grow the list " + std::to_string(i) + "\n";
+  foundation_test::WriteFileBytes(work.NativeOf("pairs"), pairs);
+  ASSERT_EQ(foundation_test::RunChild("ChildProcess.RegistrarRegistersUnderFileSizeLimit",
+                                      {{"TOV_TEST_CACHE", cache.Native()},
+                                       {"TOV_TEST_PAIRS", work.NativeOf("pairs")},
+                                       {"TOV_TEST_OUT", work.NativeOf("out")},
+                                       {"TOV_TEST_FSIZE", std::to_string(before.size() + 200)}}),
+            0);
+  // Every registration answered 0; the save failed with "file too large" or
+  // "disk full", and the list on disk is a complete earlier one.
+  const std::string out = foundation_test::ReadFileBytes(work.NativeOf("out"));
+  EXPECT_EQ(out.substr(0, 2), "0|") << out;
+  EXPECT_NE(out.find("|3222536193|"), std::string::npos) << out;  // kErrRegistryNotFound
+  PropList list;
+  ASSERT_NO_THROW(basalt::proplist::utils::LoadPropList(foundation_test::Lib(listPath), list, 0));
+  EXPECT_GE(list.Size(), 3u);
+  EXPECT_LT(list.Size(), 43u);
+  for (const auto& name : foundation_test::ListFolder(cache.Native())) {
+    EXPECT_EQ(name.find(".tmp"), std::string::npos) << name;
+  }
+}
+
+}  // namespace
