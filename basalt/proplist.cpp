@@ -32,7 +32,8 @@ namespace basalt::proplist {
 //
 // A list keeps its entries in a pool whose slots do not move when keys come
 // and go (a removed entry's slot is refilled by the last one), the pool
-// indices in key byte order beside it, and, from kIndexFrom entries on, an
+// indices in key byte order beside it (unless the pool itself is in key
+// order, as it is when a list is loaded), and, from kIndexFrom entries on, an
 // open-addressing hash table from key to pool index. So a lookup costs one
 // hash and usually one key comparison whatever the size, keys come out in
 // byte order without sorting, and an entry costs its key and text bytes (in
@@ -109,30 +110,61 @@ struct PropList::Entries {
   static constexpr std::size_t kIndexFrom = 8;
   static constexpr std::uint32_t kEmpty = 0xFFFFFFFFu;
 
+  // What a list needs beyond its pool once it is out of key order or large:
+  // kept apart so that the many small lists (a child holding one text) carry
+  // one pointer for it.
+  struct Extra {
+    std::vector<std::uint32_t> order;  // pool indices in key order; empty: the pool's own order
+    std::vector<std::uint32_t> slots;  // hash table of pool indices; empty below kIndexFrom
+  };
+
   std::vector<Entry> pool;
-  std::vector<std::uint32_t> order;  // pool indices, keys in byte order
-  std::vector<std::uint32_t> slots;  // hash table of pool indices; empty below kIndexFrom
+  std::unique_ptr<Extra> extra;
+
+  Entries() = default;
+  Entries(const Entries& other)
+      : pool(other.pool), extra(other.extra ? std::make_unique<Extra>(*other.extra) : nullptr) {}
 
   static std::size_t Hash(std::string_view key) { return std::hash<std::string_view>{}(key); }
-  std::size_t Mask() const { return slots.size() - 1; }
+
+  bool InPoolOrder() const { return !extra || extra->order.empty(); }
+  // The pool index of the i-th key in byte order.
+  std::uint32_t OrderAt(std::size_t i) const {
+    return InPoolOrder() ? static_cast<std::uint32_t>(i) : extra->order[i];
+  }
+  Extra& GetExtra() {
+    if (!extra) extra = std::make_unique<Extra>();
+    return *extra;
+  }
+  // Writes the key order out, for a change that breaks the pool's own.
+  std::vector<std::uint32_t>& Order() {
+    Extra& more = GetExtra();
+    if (more.order.empty()) {
+      more.order.resize(pool.size());
+      for (std::size_t i = 0; i < pool.size(); ++i) more.order[i] = static_cast<std::uint32_t>(i);
+    }
+    return more.order;
+  }
 
   // The pool index of `key`, or kEmpty.
   std::uint32_t Find(std::string_view key) const {
-    if (slots.empty()) {
+    if (!extra || extra->slots.empty()) {
       for (std::size_t i = 0; i < pool.size(); ++i) {
         if (pool[i].Key() == key) return static_cast<std::uint32_t>(i);
       }
       return kEmpty;
     }
-    for (std::size_t at = Hash(key) & Mask();; at = (at + 1) & Mask()) {
+    const std::vector<std::uint32_t>& slots = extra->slots;
+    const std::size_t mask = slots.size() - 1;
+    for (std::size_t at = Hash(key) & mask;; at = (at + 1) & mask) {
       const std::uint32_t id = slots[at];
       if (id == kEmpty || pool[id].Key() == key) return id;
     }
   }
 
-  // The place of pool entry `id` in `order` (it must be there).
-  std::size_t OrderPosition(std::uint32_t id) const {
-    const std::string_view key = pool[id].Key();
+  // The place of `key` in the written-out key order.
+  std::size_t OrderPosition(std::string_view key) {
+    const std::vector<std::uint32_t>& order = Order();
     const auto at =
         std::lower_bound(order.begin(), order.end(), key,
                          [this](std::uint32_t i, std::string_view k) { return pool[i].Key() < k; });
@@ -140,17 +172,24 @@ struct PropList::Entries {
   }
 
   void IndexInsert(std::uint32_t id) {
-    std::size_t at = Hash(pool[id].Key()) & Mask();
-    while (slots[at] != kEmpty) at = (at + 1) & Mask();
+    std::vector<std::uint32_t>& slots = extra->slots;
+    const std::size_t mask = slots.size() - 1;
+    std::size_t at = Hash(pool[id].Key()) & mask;
+    while (slots[at] != kEmpty) at = (at + 1) & mask;
     slots[at] = id;
   }
 
   void Reindex() {
-    slots.clear();
-    if (pool.size() < kIndexFrom) return;
+    if (pool.size() < kIndexFrom) {
+      if (extra) {
+        extra->slots.clear();
+        if (extra->order.empty()) extra.reset();
+      }
+      return;
+    }
     std::size_t size = 16;
     while (size < pool.size() * 2) size *= 2;
-    slots.assign(size, kEmpty);
+    GetExtra().slots.assign(size, kEmpty);
     for (std::size_t i = 0; i < pool.size(); ++i) IndexInsert(static_cast<std::uint32_t>(i));
   }
 
@@ -160,14 +199,19 @@ struct PropList::Entries {
     if (found != kEmpty) return pool[found];
     if (pool.size() >= kEmpty - 1) ThrowTooLong();
     const auto id = static_cast<std::uint32_t>(pool.size());
-    pool.emplace_back(key);
-    // Lists are mostly built in key order (loading a saved file): append.
-    if (order.empty() || pool[order.back()].Key() < key) {
-      order.push_back(id);
+    // Lists are mostly built in key order (loading a saved file): the pool's
+    // own order then stays the key order.
+    const bool last = pool.empty() || pool[OrderAt(pool.size() - 1)].Key() < key;
+    if (!last) {
+      const std::size_t at = OrderPosition(key);
+      pool.emplace_back(key);
+      extra->order.insert(extra->order.begin() + static_cast<std::ptrdiff_t>(at), id);
     } else {
-      order.insert(order.begin() + static_cast<std::ptrdiff_t>(OrderPosition(id)), id);
+      pool.emplace_back(key);
+      if (!InPoolOrder()) extra->order.push_back(id);
     }
-    if (slots.empty() || pool.size() * 2 > slots.size()) {
+    if (pool.size() < kIndexFrom) return pool[id];
+    if (!extra || extra->slots.empty() || pool.size() * 2 > extra->slots.size()) {
       Reindex();
     } else {
       IndexInsert(id);
@@ -178,12 +222,18 @@ struct PropList::Entries {
   bool Remove(std::string_view key) {
     const std::uint32_t id = Find(key);
     if (id == kEmpty) return false;
-    order.erase(order.begin() + static_cast<std::ptrdiff_t>(OrderPosition(id)));
-    const auto last = static_cast<std::uint32_t>(pool.size() - 1);
-    if (id != last) {
-      // The last entry takes the freed slot of the pool.
-      const std::size_t lastAt = OrderPosition(last);
-      pool[id] = std::move(pool[last]);
+    const auto lastId = static_cast<std::uint32_t>(pool.size() - 1);
+    if (InPoolOrder() && id == lastId) {
+      pool.pop_back();
+      Reindex();
+      return true;
+    }
+    std::vector<std::uint32_t>& order = Order();
+    order.erase(order.begin() + static_cast<std::ptrdiff_t>(OrderPosition(key)));
+    if (id != lastId) {
+      // The last entry of the pool takes the freed place.
+      const std::size_t lastAt = OrderPosition(pool[lastId].Key());
+      pool[id] = std::move(pool[lastId]);
       order[lastAt] = id;
     }
     pool.pop_back();
@@ -193,8 +243,7 @@ struct PropList::Entries {
 
   void Clear() {
     pool.clear();
-    order.clear();
-    slots.clear();
+    extra.reset();
   }
 };
 
@@ -263,18 +312,20 @@ void PropList::Clear() { mEntries->Clear(); }
 
 std::vector<UTF8String> PropList::Keys() const {
   std::vector<UTF8String> keys;
-  keys.reserve(mEntries->order.size());
-  for (const std::uint32_t id : mEntries->order) keys.emplace_back(mEntries->pool[id].Key());
+  keys.reserve(mEntries->pool.size());
+  for (std::size_t i = 0; i < mEntries->pool.size(); ++i) {
+    keys.emplace_back(mEntries->pool[mEntries->OrderAt(i)].Key());
+  }
   return keys;
 }
 
 bool PropList::operator==(const PropList& other) const {
   const Entries& a = *mEntries;
   const Entries& b = *other.mEntries;
-  if (a.order.size() != b.order.size()) return false;
-  for (std::size_t i = 0; i < a.order.size(); ++i) {
-    const Entry& x = a.pool[a.order[i]];
-    const Entry& y = b.pool[b.order[i]];
+  if (a.pool.size() != b.pool.size()) return false;
+  for (std::size_t i = 0; i < a.pool.size(); ++i) {
+    const Entry& x = a.pool[a.OrderAt(i)];
+    const Entry& y = b.pool[b.OrderAt(i)];
     if (x.Key() != y.Key() || (x.Child() == nullptr) != (y.Child() == nullptr)) return false;
     if (x.Child() != nullptr ? !(*x.Child() == *y.Child()) : x.Text() != y.Text()) return false;
   }
@@ -295,8 +346,8 @@ struct PropListAccess {
   template <class Visit>
   static void ForEach(const PropList& list, Visit&& visit) {
     const PropList::Entries& entries = *list.mEntries;
-    for (const std::uint32_t id : entries.order) {
-      const PropList::Entry& entry = entries.pool[id];
+    for (std::size_t i = 0; i < entries.pool.size(); ++i) {
+      const PropList::Entry& entry = entries.pool[entries.OrderAt(i)];
       visit(entry.Key(), entry.Child(), entry.Text());
     }
   }
@@ -524,7 +575,8 @@ void ReadDict(const pugi::xml_node& dict, PropList& list, int depth) {
     }
     const std::string_view name = node.name();
     if (!haveKey) {
-      if (name != "key") ThrowNotAPropList("<" + std::string(name) + "> where a <key> belongs");
+      if (name != "key")
+        ThrowNotAPropList(std::string("<").append(name).append("> where a <key> belongs"));
       key = ElementText(node, keyScratch);
       haveKey = true;
       continue;
@@ -534,7 +586,7 @@ void ReadDict(const pugi::xml_node& dict, PropList& list, int depth) {
     } else if (name == "dict") {
       ReadDict(node, PropListAccess::NewChild(list, key), depth + 1);
     } else {
-      ThrowNotAPropList("value <" + std::string(name) + "> is not kept by this reader");
+      ThrowNotAPropList(std::string("value <").append(name).append("> is not kept by this reader"));
     }
     haveKey = false;
   }

@@ -330,7 +330,7 @@ class Registry : public PropList {
     const UTF16String base = mListPath + Utf16(stamp.str());
     for (unsigned attempt = 1; attempt < 10000; ++attempt) {
       UTF16String target = base;
-      if (attempt > 1) target += Utf16("-" + std::to_string(attempt));
+      if (attempt > 1) target += Utf16(std::string(1, '-').append(std::to_string(attempt)));
       if (platform::MoveFileEx(mListPath, target, 0)) {
         mReport.damagedListSetAside = target;
         mDamaged = false;

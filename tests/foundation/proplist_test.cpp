@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <map>
 #include <random>
 #include <string>
 
@@ -538,6 +539,76 @@ TEST(PropListFile, PythonPlistlibReadsTheSameKeysAndValues) {
             "{\"C:\\\\Media#Thumbs\": {\"CacheFile\": \"C:\\\\Cache\\\\TOVCache1_2_3.vpc\"}, "
             "\"empty\": {}, \"plain\": \"value\", "
             "\"x<&>\\\"'\": \"a<b>&c\\r\\nd\\te \\ud83c\\udfac Gr\\u00fc\\u00dfe\"}");
+}
+
+}  // namespace
+
+namespace {
+
+// Random keys set, made children, removed and looked up, against std::map:
+// the same keys in the same order, the same values, at every size (small
+// lists are scanned, larger ones hashed; lists out of key order keep an
+// order of their own).
+TEST(PropList, RandomEditsMatchAnOrderedMap) {
+  std::mt19937 random(7);
+  for (int round = 0; round < 40; ++round) {
+    SCOPED_TRACE(round);
+    PropList list;
+    std::map<std::string, std::string> model;  // "" value: a child
+    const int keys = round < 20 ? 12 : 300;
+    for (int step = 0; step < 2000; ++step) {
+      const std::string key = "k" + std::to_string(random() % keys);
+      switch (random() % 4) {
+        case 0:
+        case 1:
+          list.SetString(key, UTF8String("v" + std::to_string(step)));
+          model[key] = "v" + std::to_string(step);
+          break;
+        case 2:
+          list.CreateChild(key);
+          model[key] = "";
+          break;
+        default:
+          EXPECT_EQ(list.Remove(key), model.erase(key) == 1);
+          break;
+      }
+      const std::string probe = "k" + std::to_string(random() % keys);
+      UTF8String value;
+      const auto found = model.find(probe);
+      EXPECT_EQ(list.GetString(probe, value), found != model.end() && !found->second.empty());
+      EXPECT_EQ(list.FindChild(probe) != nullptr, found != model.end() && found->second.empty());
+    }
+    std::vector<UTF8String> expected;
+    for (const auto& entry : model) expected.push_back(entry.first);
+    ASSERT_EQ(list.Keys(), expected);
+    for (const auto& [key, text] : model) {
+      UTF8String value;
+      if (!text.empty()) {
+        EXPECT_TRUE(list.GetString(key, value));
+        EXPECT_EQ(value, text);
+      }
+    }
+    PropList copy = list;
+    EXPECT_EQ(copy, list);
+  }
+}
+
+TEST(PropList, KeysAddedInOrderAreFoundAtEverySize) {
+  PropList list;
+  for (int i = 0; i < 1000; ++i) {
+    char key[8];
+    std::snprintf(key, sizeof key, "k%04d", i);
+    list.CreateChild(key).SetString("CacheFile", UTF8String(key));
+    for (int j = 0; j <= i; j += 97) {
+      std::snprintf(key, sizeof key, "k%04d", j);
+      ASSERT_NE(list.FindChild(key), nullptr) << i << " " << j;
+    }
+  }
+  EXPECT_EQ(list.Size(), 1000u);
+  EXPECT_TRUE(list.Remove("k0999"));
+  EXPECT_TRUE(list.Remove("k0000"));
+  EXPECT_EQ(list.Keys().front(), "k0001");
+  EXPECT_EQ(list.Keys().back(), "k0998");
 }
 
 }  // namespace
