@@ -182,6 +182,8 @@ class Registry : public PropList {
 
     if (!FileUtils::Folder::ExistsOnDisk(mCacheFolder) &&
         !FileUtils::Folder::CreateOnDisk(mCacheFolder)) {
+      const std::uint32_t error = platform::GetLastError();
+      mReport.cacheFolderSystemError = error != 0 ? error : platform::kErrorPathNotFound;
       return TOV::kErrRegistryNoCacheFolder;
     }
     if (!PathUtilities::ExistsOnDisk(mListPath)) {

@@ -201,6 +201,10 @@ struct ListReport {
   // The list file's full path; empty before first use, or without a cache
   // folder (nothing is then ever written).
   UTF16String listFile;
+  // The Windows error code of the failed creation when the cache folder did
+  // not exist and could not be made at first use (no cache file can then be
+  // made); 0 otherwise.
+  std::uint32_t cacheFolderSystemError = 0;
   // The latest save: 0 when it wrote the list (or none was tried yet),
   // kErrRegistryNotFound when the list could not be written.
   std::uint32_t saveStatus = 0;

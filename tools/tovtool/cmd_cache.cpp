@@ -96,17 +96,55 @@ int RunCache(const Args& input) {
   const std::uint32_t status = registering
                                    ? FolderRegistrar::RegisterFolder(folder, name, cacheFile)
                                    : FolderRegistrar::FindFolder(folder, name, cacheFile);
+  const FolderRegistrar::ListReport report = FolderRegistrar::GetListReport();
   TOVFoundation::Terminate(&host);
+  const auto text = [](const UTF16String& wide) { return basalt::UTF16to8(wide); };
+  const auto osText = [](std::uint32_t code) {
+    std::string message = basalt::UTF16to8(Halyard::Win32ErrorCodeToMessage(code));
+    while (!message.empty() && (message.back() == '\n' || message.back() == '\r')) {
+      message.pop_back();
+    }
+    return message + " (error " + std::to_string(code) + ")";
+  };
+  const std::string listFile = text(Halyard::PathUtilities::ToPlatformPath(report.listFile));
+
+  // What happened to the list, whatever the outcome of the operation.
+  if (!report.damagedListSetAside.empty()) {
+    std::cerr << "tovtool cache: warning: " << listFile << " could not be read ("
+              << text(report.damagedReason) << "); it was set aside as "
+              << text(Halyard::PathUtilities::ToPlatformPath(report.damagedListSetAside))
+              << " and a new list was started\n";
+  } else if (!report.damagedReason.empty()) {
+    std::cerr << "tovtool cache: warning: " << listFile << " could not be read ("
+              << text(report.damagedReason) << "); it is left as it is\n";
+  }
   if (status == TOV::kErrRegistryNotFound) {
     std::cerr << "tovtool cache: no cache file is registered for that folder and name\n";
     return 1;
   }
   if (status != 0) {
     std::cerr << "tovtool cache: " << (registering ? "registration" : "lookup") << " failed ("
-              << Hex(status) << ")\n";
+              << Hex(status) << "): ";
+    if (!report.refusal.empty()) {
+      std::cerr << text(report.refusal) << '\n';
+    } else if (report.cacheFolderSystemError != 0) {
+      std::cerr << "the cache folder " << *cacheFolder
+                << " cannot be created: " << osText(report.cacheFolderSystemError) << '\n';
+    } else if (report.listFile.empty()) {
+      std::cerr << "there is no cache folder\n";
+    } else {
+      std::cerr << "no cache file can be made in " << *cacheFolder
+                << " (is it a folder you can write to?)\n";
+    }
     return 1;
   }
-  std::cout << basalt::UTF16to8(Halyard::PathUtilities::ToPlatformPath(cacheFile)) << '\n';
+  if (report.saveStatus != 0) {
+    std::cerr << "tovtool cache: the list " << listFile
+              << " could not be saved: " << osText(report.saveSystemError)
+              << "; the registration is not recorded\n";
+    return 1;
+  }
+  std::cout << text(Halyard::PathUtilities::ToPlatformPath(cacheFile)) << '\n';
   return 0;
 }
 
@@ -117,7 +155,11 @@ TOVTOOL_COMMAND({"cache", "give a folder and name their cache file, or look it u
                  "The cache folder holds MasterFolderList.xml and the cache files; it comes\n"
                  "from --cache-folder or the environment variable TOVTOOL_CACHE_FOLDER.\n"
                  "FOLDER and NAME are keys: \"C:\\Media\" and \"C:\\Media\\\" are the same,\n"
-                 "\"c:\\media\" is not. The cache file's path is the last line printed.",
+                 "\"c:\\media\" is not. The cache file's path is the last line printed.\n"
+                 "Exit status: 0 done; 1 failed (no such pair, the cache folder cannot be\n"
+                 "made, the list cannot be saved: the reason goes to stderr); 2 bad usage.\n"
+                 "A damaged list is set aside under a new name (a warning says which)\n"
+                 "before a registration replaces it.",
                  RunCache});
 
 }  // namespace
