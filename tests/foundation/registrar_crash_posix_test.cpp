@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <random>
@@ -158,6 +159,57 @@ TEST_F(RegistrarCrash, FileSizeLimitFailsTheSaveAndKeepsThePreviousList) {
   for (const auto& name : foundation_test::ListFolder(cache.Native())) {
     EXPECT_EQ(name.find(".tmp"), std::string::npos) << name;
   }
+}
+
+// --- leftovers of killed saves -----------------------------------------------------------
+
+TEST_F(RegistrarCrash, SavesOfDeadProcessesAreRemovedAtFirstUseEvenWithAList) {
+  basalt::proplist::utils::SavePropList(
+      foundation_test::Lib(cache.NativeOf("MasterFolderList.xml")), PropList());
+  // A process that has ended, and one that runs (this test's parent).
+  const int ended = foundation_test::StartChild("ChildProcess.NoSuchTest", {});
+  ASSERT_GT(ended, 0);
+  foundation_test::WaitChild(ended);
+  const std::string dead = "MasterFolderList.xml." + std::to_string(ended) + "-4.tmp";
+  const std::string live = "MasterFolderList.xml." + std::to_string(::getppid()) + "-1.tmp";
+  foundation_test::WriteFileBytes(cache.NativeOf(dead), "<plist");
+  foundation_test::WriteFileBytes(cache.NativeOf(live), "<plist");
+  foundation_test::WriteFileBytes(cache.NativeOf("other.tmp"), "x");
+  host.SetFolder(TOV::Paths::kCacheFolderEntry, cache.Lib());
+  ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
+  UTF16String file;
+  FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), file);
+  EXPECT_FALSE(foundation_test::Exists(cache.NativeOf(dead)));
+  EXPECT_TRUE(foundation_test::Exists(cache.NativeOf(live)));
+  EXPECT_TRUE(foundation_test::Exists(cache.NativeOf("other.tmp")));
+}
+
+// The control characters the registrar accepts (tab, line feed, carriage
+// return) are stored so that Python's plistlib reads them back exactly too.
+TEST_F(RegistrarCrash, AcceptedControlCharactersReadBackExactlyInPlistlib) {
+  host.SetFolder(TOV::Paths::kCacheFolderEntry, cache.Lib());
+  ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
+  for (const char* name : {"a\tb", "a\nb", "a\rb", "a\r\nb"}) {
+    UTF16String file;
+    ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\M"_u16, U16(name), file), 0u);
+  }
+  const std::string script = work.NativeOf("keys.py");
+  foundation_test::WriteFileBytes(script,
+                                  "import plistlib, sys\n"
+                                  "with open(sys.argv[1], 'rb') as f: d = plistlib.load(f)\n"
+                                  "for k in sorted(d): print(' '.join(str(ord(c)) for c in k))\n");
+  const std::string command =
+      "/usr/bin/python3 " + script + " '" + cache.NativeOf("MasterFolderList.xml") + "'";
+  FILE* pipe = ::popen(command.c_str(), "r");
+  ASSERT_NE(pipe, nullptr);
+  std::string out;
+  char buffer[1024];
+  while (std::size_t got = std::fread(buffer, 1, sizeof buffer, pipe)) out.append(buffer, got);
+  ASSERT_EQ(::pclose(pipe), 0);
+  // The keys, character by character: "C:\M#a", then the characters kept.
+  const std::string prefix = "67 58 92 77 35 97 ";
+  EXPECT_EQ(out,
+            prefix + "9 98\n" + prefix + "10 98\n" + prefix + "13 10 98\n" + prefix + "13 98\n");
 }
 
 }  // namespace

@@ -453,27 +453,6 @@ TEST_F(SharedRegistrar, DamagedListIsLeftAloneByAProcessThatOnlyLooksUp) {
   EXPECT_TRUE(Named(".vpc").empty());
 }
 
-// --- leftovers of killed saves -----------------------------------------------------------
-
-TEST_F(SharedRegistrar, SavesOfDeadProcessesAreRemovedAtFirstUseEvenWithAList) {
-  basalt::proplist::utils::SavePropList(foundation_test::Lib(ListPath()), PropList());
-  // A process that has ended, and one that runs (this test's parent).
-  const int ended = foundation_test::StartChild("ChildProcess.NoSuchTest", {});
-  ASSERT_GT(ended, 0);
-  foundation_test::WaitChild(ended);
-  const std::string dead = "MasterFolderList.xml." + std::to_string(ended) + "-4.tmp";
-  const std::string live = "MasterFolderList.xml." + std::to_string(::getppid()) + "-1.tmp";
-  foundation_test::WriteFileBytes(cache.NativeOf(dead), "<plist");
-  foundation_test::WriteFileBytes(cache.NativeOf(live), "<plist");
-  foundation_test::WriteFileBytes(cache.NativeOf("other.tmp"), "x");
-  Host();
-  UTF16String file;
-  FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), file);
-  EXPECT_FALSE(foundation_test::Exists(cache.NativeOf(dead)));
-  EXPECT_TRUE(foundation_test::Exists(cache.NativeOf(live)));
-  EXPECT_TRUE(foundation_test::Exists(cache.NativeOf("other.tmp")));
-}
-
 // --- text the list cannot store ---------------------------------------------------------
 
 TEST_F(SharedRegistrar, ControlCharactersAreRefusedOrRoundTripAcrossARestart) {
