@@ -143,12 +143,24 @@ class Registry : public PropList {
       if (mListPath.empty()) return 0;
       CatchUp();
       if (mDamaged && mKnownExists && !SetDamagedListAside()) return TOV::kErrRegistryNotFound;
-      try {
-        basalt::proplist::utils::SavePropList(mListPath, *this);
-      } catch (const basalt::proplist::PropListError& error) {
-        return SaveFailed(error.GetSystemError(), error.what());
-      } catch (const std::exception& error) {
-        return SaveFailed(platform::kErrorNotEnoughMemory, error.what());
+      // A process whose first use finds no list deletes every ".tmp" in the
+      // cache folder; when that happens before any process made the lock
+      // file, it can take this save's temporary file with it. The rename
+      // then finds no file, and the save is made again.
+      for (int attempt = 1;; ++attempt) {
+        try {
+          basalt::proplist::utils::SavePropList(mListPath, *this);
+          break;
+        } catch (const basalt::proplist::PropListError& error) {
+          const std::uint32_t code = error.GetSystemError();
+          const bool tempVanished =
+              code == platform::kErrorFileNotFound || code == platform::kErrorPathNotFound;
+          if (!tempVanished || attempt == 3 || !platform::GetFileVersion(mCacheFolder, &mScratch)) {
+            return SaveFailed(code, error.what());
+          }
+        } catch (const std::exception& error) {
+          return SaveFailed(platform::kErrorNotEnoughMemory, error.what());
+        }
       }
       mKnownExists = platform::GetFileVersion(mListPath, &mKnown);
       mDirty = false;
