@@ -197,6 +197,10 @@ int CheckStandardOutput(int status) {
   return status == kExitSuccess ? kExitFailure : status;
 }
 
+constexpr const char* kShortUsage =
+    "Usage: tovtool COMMAND [ARGS...]\n"
+    "Try 'tovtool --help'.\n";
+
 bool AsksForHelp(const Args& args) {
   return std::any_of(args.begin(), args.end(),
                      [](const std::string& arg) { return arg == "-h" || arg == "--help"; });
@@ -214,7 +218,7 @@ int Run(Args args) {
   }
   if (first == "--version") {
     if (args.size() != 1) {
-      std::cerr << "tovtool: --version takes no arguments\n";
+      std::cerr << "tovtool: --version takes no arguments\n" << kShortUsage;
       return kExitUsage;
     }
     std::cout << "tovtool " << TOVFoundation::Version() << '\n';
@@ -227,7 +231,7 @@ int Run(Args args) {
     }
     const Command* command = args.size() == 2 ? FindCommand(args[1]) : nullptr;
     if (command == nullptr) {
-      std::cerr << "tovtool: unknown command '" << args[1] << "'\nTry 'tovtool --help'.\n";
+      std::cerr << "tovtool: unknown command '" << args[1] << "'\n" << kShortUsage;
       return kExitUsage;
     }
     std::cout << "Usage: " << command->usage << '\n';
@@ -235,7 +239,7 @@ int Run(Args args) {
   }
   const Command* command = FindCommand(first);
   if (command == nullptr) {
-    std::cerr << "tovtool: unknown command '" << first << "'\nTry 'tovtool --help'.\n";
+    std::cerr << "tovtool: unknown command '" << first << "'\n" << kShortUsage;
     return kExitUsage;
   }
   args.erase(args.begin());
