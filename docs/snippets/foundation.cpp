@@ -1,11 +1,23 @@
 // The README's tour, "Foundation services", as a program the tests build and
 // run.
 #include <cstdint>
+#include <filesystem>
 #include <iostream>
 
 #include "tovfoundation/tovfoundation.h"
 
 using namespace basalt::literals;
+
+// The cache folder the host below names is removed when the program ends.
+struct RemoveCacheFolder {
+  ~RemoveCacheFolder() {
+    const UTF16String folder = Halyard::PathUtilities::ToPlatformPath(
+        Halyard::PathUtilities::TOVGetTempFolder() + u"AppCache"_u16);
+    std::error_code ignored;
+    std::filesystem::remove_all(std::filesystem::path(std::u16string(folder.begin(), folder.end())),
+                                ignored);
+  }
+} removeCacheFolder;
 
 // [readme]
 // A minimal host: its service provider hands out the "Hald Host Service", a
@@ -34,7 +46,7 @@ class Host : public Halyard::IVServicesManager {
  private:
   // A folder query: first asked for the units needed (NUL included), then for the text.
   static std::uint32_t CacheFolder(unsigned short* buffer, std::uint32_t* count) {
-    static const UTF16String folder = u"cache"_u16;  // relative to the current directory
+    static const UTF16String folder = Halyard::PathUtilities::TOVGetTempFolder() + u"AppCache"_u16;
     if (buffer == nullptr) {
       *count = static_cast<std::uint32_t>(folder.size() + 1);
     } else {

@@ -8,7 +8,8 @@ using namespace basalt::literals;
 
 int main() {
   // [readme]
-  auto port = Halyard::CPort::FilePort(u"out.bin"_u16.c_str(), Halyard::kAccessWrite);
+  UTF16String path = Halyard::PathUtilities::TOVGetTempFolder() + u"out.bin"_u16;
+  auto port = Halyard::CPort::FilePort(path.c_str(), Halyard::kAccessWrite);
   Halyard::CWriteStream out(*port, Halyard::kHaldBigEndian, 4096, 0, 1);
   out.PutInt(0x01020304);  // bytes 01 02 03 04
   out.Flush(1);

@@ -9,7 +9,8 @@ using namespace basalt::literals;
 
 int main() {
   // [readme]
-  auto port = Halyard::CPort::FilePort(u"tone.wav"_u16.c_str(), Halyard::kAccessWrite);
+  UTF16String path = Halyard::PathUtilities::TOVGetTempFolder() + u"tone.wav"_u16;
+  auto port = Halyard::CPort::FilePort(path.c_str(), Halyard::kAccessWrite);
   auto* stream = new Halyard::CWriteStream(port.Release(), Halyard::kHaldLittleEndian, 4096, 0, 0);
   Halyard::AudioInfo info{0x3, Halyard::kVAudioSampleSize16, 48000};  // stereo, 16 bit
   std::vector<unsigned char> samples(48000 * 4);                      // 1 s of silence

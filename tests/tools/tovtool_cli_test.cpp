@@ -50,7 +50,7 @@ struct Row {
 
 constexpr unsigned kFull = kPosix | kFullDisk;
 constexpr unsigned kDevFull = kPosix | kStdoutFull;
-const char* const kNoFile = "No such file|cannot find";
+const char* const kNoFile = "No such file|cannot find|not found";
 const char* const kDenied = "Permission denied|Access is denied";
 
 // clang-format off

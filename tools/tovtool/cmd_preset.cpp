@@ -99,7 +99,7 @@ int RunPreset(const Args& arguments) {
   }
   std::optional<ScanCopy> copy;
   if (fileSize > kScanLimit) copy.emplace(head);
-  const std::string scanPath = copy ? copy->Path() : path;
+  const std::string scanPath = copy ? copy->Path() : AbsolutePath(path);
 
   std::array<unsigned short, Halyard::kMaxFormatNameUnits + 1> name{};
   const std::uint32_t status =

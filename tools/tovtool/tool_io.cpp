@@ -85,6 +85,12 @@ std::string OsMessage(std::uint32_t osError) {
 
 std::string ErrorMessage(const std::error_code& error) { return OsMessage(OsErrorOf(error)); }
 
+std::string AbsolutePath(const std::string& path) {
+  std::error_code error;
+  const fs::path absolute = fs::absolute(NativePath(path), error);
+  return error ? path : Utf8(absolute);
+}
+
 std::uint64_t RequireRegularFile(const std::string& path) {
   if (path.empty()) throw UsageError("the file name is empty");
   std::error_code error;
@@ -141,7 +147,7 @@ CheckedFilePort::CheckedFilePort(Halyard::AccessMode mode)
     : Halyard::CPortEx(mode, 0), mFile(mode, 0) {}
 
 void CheckedFilePort::Open(const std::string& path) {
-  const UTF16String path16 = basalt::UTF8to16(path);
+  const UTF16String path16 = basalt::UTF8to16(AbsolutePath(path));
   errno = 0;
   const std::uint32_t status = mFile.Open(path16.c_str());
   if (status != 0) {
@@ -248,6 +254,7 @@ OutputFile::OutputFile(const std::string& destination) : mDestination(destinatio
   }
   fs::path folder = target.parent_path();
   if (folder.empty()) folder = ".";
+  folder = fs::absolute(folder, error);
   const fs::file_status folderStatus = fs::status(folder, error);
   if (error) throw Failure(destination + ": " + ErrorMessage(error));
   if (!fs::is_directory(folderStatus)) throw Failure(destination + ": the folder is not a folder");

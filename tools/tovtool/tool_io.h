@@ -22,6 +22,10 @@ std::string OsMessage(std::uint32_t osError);
 // The library's message for an error of std::filesystem.
 std::string ErrorMessage(const std::error_code& error);
 
+// The path made absolute, for the library's file calls: on Windows they give
+// every path the long-path prefix, which a relative path does not survive.
+std::string AbsolutePath(const std::string& path);
+
 // Throws Failure unless `path` names a regular file (after symbolic links):
 // a missing file, a folder, a FIFO or a device is refused, so that nothing
 // blocks on a pipe or reads an endless device. Answers the file's size.
