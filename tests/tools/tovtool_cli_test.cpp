@@ -36,6 +36,7 @@ enum Flags : unsigned {
   kExisting = 1 << 6,    // out.wav and out.bmp hold "old" and must keep it on failure
   kUnreadable = 1 << 7,  // work/in.bin may not be read, the child unprivileged
   kStdoutHas = 1 << 8,   // `has` is looked for in stdout rather than stderr
+  kReadOnly = 1 << 9,    // work/ro is a folder nobody may write in, the child unprivileged
 };
 
 struct Row {
@@ -115,6 +116,7 @@ const std::vector<Row>& Rows() {
     {"tone without a file", {"tone"}, 2, "expected one output file"},
     {"tone into a missing folder", {"tone", "missing/out.wav"}, 1, kNoFile},
     {"tone onto a folder", {"tone", "sub"}, 1, "is a folder"},
+    {"tone into a folder it may not write", {"tone", "ro/out.wav"}, 1, "cannot write ro/out.wav: Permission denied", kPosix | kReadOnly, {}, {"ro/out.wav"}},
 
     // bars
     {"bars -h writes no file", {"bars", "-h"}, 0, "Usage: tovtool bars", kStdoutHas, {}, {"-h"}},
@@ -127,6 +129,7 @@ const std::vector<Row>& Rows() {
     {"bars unknown colour space", {"bars", "out.bmp", "--colour-space", "0x8"}, 2, "--colour-space must be"},
     {"bars colour space without digits", {"bars", "out.bmp", "--colour-space", "0x"}, 2, "whole number"},
     {"bars onto a folder", {"bars", "sub"}, 1, "is a folder"},
+    {"bars into a folder it may not write", {"bars", "ro/out.bmp"}, 1, "cannot write ro/out.bmp: Permission denied", kPosix | kReadOnly, {}, {"ro/out.bmp"}},
     {"bars two files", {"bars", "a.bmp", "b.bmp"}, 2, "expected one output file"},
 
     // find
@@ -286,6 +289,12 @@ void SetUp(const std::string& work, unsigned flags) {
     fs::permissions(work + "/locked", fs::perms::none);
   }
   if (flags & kUnreadable) fs::permissions(work + "/in.bin", fs::perms::none);
+  if (flags & kReadOnly) {
+    fs::create_directories(work + "/ro");
+    fs::permissions(work + "/ro", fs::perms::owner_read | fs::perms::owner_exec |
+                                      fs::perms::group_read | fs::perms::group_exec |
+                                      fs::perms::others_read | fs::perms::others_exec);
+  }
   if (flags & kBig) {
     WriteFile(work + "/big", "");
     fs::resize_file(work + "/big", std::uint64_t{5} << 30);
@@ -311,7 +320,7 @@ void RunRow(const Row& row) {
   options.captureDir = tree.Native();
   if (row.flags & kFullDisk) options.fileSizeLimit = 32768;
   if (row.flags & kStdoutFull) options.stdoutPath = "/dev/full";
-  options.unprivileged = (row.flags & (kLocked | kUnreadable)) != 0;
+  options.unprivileged = (row.flags & (kLocked | kUnreadable | kReadOnly)) != 0;
   const tovtest::ChildResult result = tovtest::RunChild(TOVTOOL_PATH, options);
 
   EXPECT_EQ(result.signal, 0) << "killed by a signal";

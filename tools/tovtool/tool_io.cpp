@@ -146,13 +146,13 @@ std::vector<std::string> UnreadableSubfolders(const std::string& path) {
 CheckedFilePort::CheckedFilePort(Halyard::AccessMode mode)
     : Halyard::CPortEx(mode, 0), mFile(mode, 0) {}
 
-void CheckedFilePort::Open(const std::string& path) {
+void CheckedFilePort::Open(const std::string& path, const std::string& failure) {
   const UTF16String path16 = basalt::UTF8to16(AbsolutePath(path));
   errno = 0;
   const std::uint32_t status = mFile.Open(path16.c_str());
   if (status != 0) {
     const std::uint32_t osError = LastOsError();
-    throw Failure("cannot open " + path + ": " + OsMessage(osError));
+    throw Failure((failure.empty() ? "cannot open " + path : failure) + ": " + OsMessage(osError));
   }
 }
 

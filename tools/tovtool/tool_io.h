@@ -43,8 +43,9 @@ class CheckedFilePort : public Halyard::CPortEx {
  public:
   explicit CheckedFilePort(Halyard::AccessMode mode);
 
-  // Opens the file; throws Failure naming `path` and the reason.
-  void Open(const std::string& path);
+  // Opens the file; throws Failure "`failure`: reason", where `failure` is
+  // "cannot open PATH" unless given.
+  void Open(const std::string& path, const std::string& failure = std::string());
 
   std::uint32_t Size(std::uint64_t newSize) override;
   std::uint64_t Size() const override;
@@ -146,7 +147,7 @@ void WriteFileSafely(const std::string& destination, std::uint64_t expectedSize,
                      WriteFunction&& write) {
   OutputFile output(destination);
   CheckedFilePort port(Halyard::kAccessWrite);
-  port.Open(output.TemporaryPath());
+  port.Open(output.TemporaryPath(), "cannot write " + destination);
   const std::uint32_t status = write(port);
   port.Close();
   if (status != 0 || port.FirstFailure() != 0) ThrowWriteFailure(destination, port, status);
