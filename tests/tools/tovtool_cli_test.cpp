@@ -116,6 +116,7 @@ const std::vector<Row>& Rows() {
     {"tone without a file", {"tone"}, 2, "expected one output file"},
     {"tone into a missing folder", {"tone", "missing/out.wav"}, 1, kNoFile},
     {"tone onto a folder", {"tone", "sub"}, 1, "is a folder"},
+    {"tone into a subfolder", {"tone", "sub/new.wav", "--seconds", "0.5"}, 0, "96044 bytes", kStdoutHas, {"sub/new.wav"}},
     {"tone into a folder it may not write", {"tone", "ro/out.wav"}, 1, "cannot write ro/out.wav: Permission denied", kPosix | kReadOnly, {}, {"ro/out.wav"}},
 
     // bars
@@ -163,6 +164,7 @@ const std::vector<Row>& Rows() {
     {"readstream unknown type", {"readstream", "in.bin", "--type", "word"}, 2, "unknown --type"},
     {"readstream unknown order", {"readstream", "in.bin", "--order", "middle"}, 2, "big or little"},
     {"readstream past 4 GiB", {"readstream", "big", "--offset", "4294967300", "--count", "1"}, 0, "4294967300  0x00", kPosix | kBig | kStdoutHas},
+    {"readstream in a subfolder", {"readstream", "sub/a.txt", "--count", "1"}, 0, "0x61", kStdoutHas},
     {"readstream bytes", {"readstream", "in.bin", "--offset", "2", "--count", "1"}, 0, "0x02", kStdoutHas},
 
     // preset

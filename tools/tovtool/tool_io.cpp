@@ -87,8 +87,8 @@ std::string ErrorMessage(const std::error_code& error) { return OsMessage(OsErro
 
 std::string AbsolutePath(const std::string& path) {
   std::error_code error;
-  const fs::path absolute = fs::absolute(NativePath(path), error);
-  return error ? path : Utf8(absolute);
+  fs::path absolute = fs::absolute(NativePath(path), error);
+  return error ? path : Utf8(absolute.make_preferred());
 }
 
 std::uint64_t RequireRegularFile(const std::string& path) {
@@ -254,7 +254,7 @@ OutputFile::OutputFile(const std::string& destination) : mDestination(destinatio
   }
   fs::path folder = target.parent_path();
   if (folder.empty()) folder = ".";
-  folder = fs::absolute(folder, error);
+  folder = fs::absolute(folder, error).make_preferred();
   const fs::file_status folderStatus = fs::status(folder, error);
   if (error) throw Failure(destination + ": " + ErrorMessage(error));
   if (!fs::is_directory(folderStatus)) throw Failure(destination + ": the folder is not a folder");

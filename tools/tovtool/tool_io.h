@@ -22,8 +22,9 @@ std::string OsMessage(std::uint32_t osError);
 // The library's message for an error of std::filesystem.
 std::string ErrorMessage(const std::error_code& error);
 
-// The path made absolute, for the library's file calls: on Windows they give
-// every path the long-path prefix, which a relative path does not survive.
+// The path made absolute, with the system's separators, for the library's
+// file ports: on Windows they give every path the long-path prefix, which a
+// relative path or a '/' does not survive.
 std::string AbsolutePath(const std::string& path);
 
 // Throws Failure unless `path` names a regular file (after symbolic links):
