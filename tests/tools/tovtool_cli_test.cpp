@@ -116,6 +116,7 @@ const std::vector<Row>& Rows() {
     {"tone without a file", {"tone"}, 2, "expected one output file"},
     {"tone into a missing folder", {"tone", "missing/out.wav"}, 1, kNoFile},
     {"tone onto a folder", {"tone", "sub"}, 1, "is a folder"},
+    {"tone under a file", {"tone", "in.bin/out.wav"}, 1, "in.bin is not a folder|not a directory|cannot find|not found"},
     {"tone into a subfolder", {"tone", "sub/new.wav", "--seconds", "0.5"}, 0, "96044 bytes", kStdoutHas, {"sub/new.wav"}},
     {"tone into a folder it may not write", {"tone", "ro/out.wav"}, 1, "cannot write ro/out.wav: Permission denied", kPosix | kReadOnly, {}, {"ro/out.wav"}},
 

@@ -257,7 +257,11 @@ OutputFile::OutputFile(const std::string& destination) : mDestination(destinatio
   folder = fs::absolute(folder, error).make_preferred();
   const fs::file_status folderStatus = fs::status(folder, error);
   if (error) throw Failure(destination + ": " + ErrorMessage(error));
-  if (!fs::is_directory(folderStatus)) throw Failure(destination + ": the folder is not a folder");
+  if (!fs::is_directory(folderStatus)) {
+    throw Failure(destination + ": " + Utf8(target.parent_path()) + " is not a folder");
+  }
+  // The new file takes the permissions of the one it replaces.
+  if (fs::exists(status)) mPermissions = status.permissions();
   // A name of the tool's own beside the destination, so that the rename stays
   // on one file system.
   std::random_device seed;
@@ -281,6 +285,11 @@ OutputFile::~OutputFile() {
 
 void OutputFile::Commit() {
   std::error_code error;
+  if (mPermissions) fs::permissions(NativePath(mTemporary), *mPermissions, error);
+  if (error) {
+    throw Failure("cannot give the new " + mDestination +
+                  " the old file's permissions: " + ErrorMessage(error));
+  }
   fs::rename(NativePath(mTemporary), NativePath(mTarget), error);
   if (error)
     throw Failure("cannot move the new file into place as " + mDestination + ": " +

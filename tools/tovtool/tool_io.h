@@ -8,6 +8,8 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -109,6 +111,7 @@ class OutputFile {
   std::string mDestination;  // as given, for messages
   std::string mTarget;       // the file replaced (symbolic links followed)
   std::string mTemporary;
+  std::optional<std::filesystem::perms> mPermissions;  // of the file replaced
   bool mCommitted = false;
 };
 
