@@ -42,7 +42,7 @@ TOVTOOL_COMMAND({"find", "list the files of a folder matching a wildcard pattern
                  "  PATTERN ('*' and '?', case-insensitive; \"*.*\" also matches names\n"
                  "  without a dot). Folders are not listed and not entered. FOLDER must be a\n"
                  "  folder that can be listed (exit 1 otherwise); PATTERN is a non-empty name\n"
-                 "  without '/', '\\\\' or ':' (exit 2 otherwise).",
+                 "  without '/', '\\' or ':' (exit 2 otherwise).",
                  RunFind});
 
 }  // namespace
