@@ -187,6 +187,7 @@ const std::vector<Row>& Rows() {
     {"base64 without a mode", {"base64"}, 2, "expected encode or decode"},
     {"base64 unknown mode", {"base64", "frob"}, 2, "unknown mode 'frob'"},
     {"base64 two files", {"base64", "encode", "a", "b"}, 2, "at most one file"},
+    {"base64 writes CRLF lines unchanged", {"base64", "encode", "man.bin"}, 0, "TWFu\r\n", kStdoutHas},
     {"base64 of a file", {"base64", "encode", "in.bin"}, 0, "AAECAw==|AAEC", kStdoutHas},
 
     // replace
@@ -269,6 +270,7 @@ void SetUp(const std::string& work, unsigned flags) {
   for (int i = 0; i < 16; ++i) bytes.push_back(static_cast<char>(i));
   WriteFile(work + "/in.bin", bytes);
   WriteFile(work + "/sub/a.txt", "a\n");
+  WriteFile(work + "/man.bin", "Man");
   WriteFile(work + "/sub/b.wav", "b\n");
   WriteFile(work + "/ok.xml",
             Utf16le(u"\uFEFF<Preset><Header WriterFormatName=\"MPEG\"/></Preset>"));

@@ -6,6 +6,7 @@
 
 #include "tool.h"
 #include "tool_io.h"
+#include "tool_os.h"
 #include "tovfoundation/tovfoundation.h"
 
 namespace {
@@ -52,6 +53,7 @@ int RunBase64(const tovtool::Args& arguments) {
   tovtool::RejectUnknownOptions(args);
   if (args.empty() || args.size() > 2)
     throw tovtool::UsageError("expected encode or decode and at most one file");
+  tovtool::UseBinaryStandardStreams();  // the bytes as they are, CRLFs included
   if (args[0] == "encode") {
     const std::string data = ReadAll(args);
     const UTF16String text = Halyard::Encode(std::vector<unsigned char>(data.begin(), data.end()));

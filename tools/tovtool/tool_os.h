@@ -21,6 +21,10 @@ std::uint32_t OsErrorOf(const std::error_code& error);
 // True when standard error is a terminal (progress is shown only there).
 bool StderrIsTerminal();
 
+// Standard input and output carry bytes unchanged (Windows opens them in text
+// mode, which turns "\n" into "\r\n" and stops reading at ^Z).
+void UseBinaryStandardStreams();
+
 // errno ⇒ the Windows error code, the table of the library's POSIX backend.
 std::uint32_t OsErrorFromErrno(int error);
 

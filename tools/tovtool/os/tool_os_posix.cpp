@@ -14,4 +14,6 @@ std::uint32_t OsErrorOf(const std::error_code& error) { return OsErrorFromErrno(
 
 bool StderrIsTerminal() { return ::isatty(2) != 0; }
 
+void UseBinaryStandardStreams() {}  // POSIX streams are always binary
+
 }  // namespace tovtool

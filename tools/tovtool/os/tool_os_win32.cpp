@@ -1,7 +1,10 @@
 // tovtool's OS seam, Windows.
 // Only code that works on every supported Windows version belongs here.
+#include <fcntl.h>
 #include <io.h>
 #include <windows.h>
+
+#include <cstdio>
 
 #include "tool_os.h"
 
@@ -18,5 +21,11 @@ std::uint32_t OsErrorOf(const std::error_code& error) {
 }
 
 bool StderrIsTerminal() { return ::_isatty(2) != 0; }
+
+void UseBinaryStandardStreams() {
+  std::fflush(stdout);
+  ::_setmode(::_fileno(stdin), _O_BINARY);
+  ::_setmode(::_fileno(stdout), _O_BINARY);
+}
 
 }  // namespace tovtool
