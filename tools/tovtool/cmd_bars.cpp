@@ -4,17 +4,9 @@
 #include <string>
 #include <vector>
 
-#if __has_include(<unistd.h>)
-#include <unistd.h>
-#define TOVTOOL_ISATTY(fd) ::isatty(fd)
-#elif __has_include(<io.h>)
-#include <io.h>
-#define TOVTOOL_ISATTY(fd) ::_isatty(fd)
-#else
-#define TOVTOOL_ISATTY(fd) 0
-#endif
-
 #include "tool.h"
+#include "tool_io.h"
+#include "tool_os.h"
 #include "tovfoundation/tovfoundation.h"
 
 namespace tovtool {
@@ -28,8 +20,10 @@ struct BarsSettings {
 
 // The pixel rows of the bars, top row first, rows back to back.
 std::vector<unsigned char> MakeBars(const BarsSettings& settings);
-// Writes the bars to `path`; answers the writer's status.
-std::uint32_t WriteBars(const std::string& path, const BarsSettings& settings);
+// Writes the bars to `path` through a temporary file that replaces `path`
+// only when every write succeeded; throws Failure naming the file and the
+// reason otherwise.
+void WriteBars(const std::string& path, const BarsSettings& settings);
 
 namespace {
 
@@ -43,25 +37,14 @@ int RunBars(const Args& arguments) {
   Args args = arguments;
   BarsSettings settings;
   if (auto value = TakeOption(args, "width")) {
-    const auto width = ParseInteger(*value, "--width");
-    if (width < 1 || width > 65535) throw UsageError("--width must be 1 to 65535");
-    settings.width = static_cast<std::int32_t>(width);
+    settings.width = static_cast<std::int32_t>(ParseInteger(*value, "--width", 1, 65535));
   }
   if (auto value = TakeOption(args, "height")) {
-    const auto height = ParseInteger(*value, "--height");
-    if (height < 1 || height > 65535) throw UsageError("--height must be 1 to 65535");
-    settings.height = static_cast<std::int32_t>(height);
+    settings.height = static_cast<std::int32_t>(ParseInteger(*value, "--height", 1, 65535));
   }
   if (auto value = TakeOption(args, "colour-space")) {
-    std::size_t used = 0;
-    unsigned long long parsed = 0;
-    try {
-      parsed = std::stoull(*value, &used, 0);
-    } catch (const std::exception&) {
-      used = 0;
-    }
-    if (used != value->size() || parsed > 0xFFFFFFFFull ||
-        Halyard::VColourSpacetoNumberofBytes(static_cast<std::uint32_t>(parsed)) == 0) {
+    const std::uint64_t parsed = ParseUnsigned(*value, "--colour-space", 0xFFFFFFFFull);
+    if (Halyard::VColourSpacetoNumberofBytes(static_cast<std::uint32_t>(parsed)) == 0) {
       throw UsageError(
           "--colour-space must be a code with a known pixel size (0x4: 1 byte, "
           "0x20: 3 bytes, 0x80: 4 bytes, ...), not '" +
@@ -77,15 +60,15 @@ int RunBars(const Args& arguments) {
 
   // The writer takes the whole picture in one call, so a large one only gets
   // a notice on a terminal rather than a running percentage.
-  const bool notice = TOVTOOL_ISATTY(2) != 0 && bytes >= (64u << 20);
+  const bool notice = StderrIsTerminal() && bytes >= (64u << 20);
   if (notice) std::cerr << "writing " << (bytes >> 20) << " MiB of pixels..." << std::flush;
-  const std::uint32_t status = WriteBars(args[0], settings);
-  if (notice) std::cerr << " done\n";
-  if (status != 0) {
-    std::cerr << "tovtool bars: writing " << args[0] << " failed with status 0x" << std::hex
-              << std::uppercase << status << std::dec << '\n';
-    return 1;
+  try {
+    WriteBars(args[0], settings);
+  } catch (const Failure&) {
+    if (notice) std::cerr << '\n';
+    throw;
   }
+  if (notice) std::cerr << " done\n";
   std::cout << args[0] << ": " << settings.width << " x " << settings.height << ", "
             << 8 * Halyard::VColourSpacetoNumberofBytes(settings.colourSpace) << " bits per pixel, "
             << (54 + bytes) << " bytes\n";
@@ -96,7 +79,10 @@ TOVTOOL_COMMAND({"bars", "write colour bars as a top-down BMP file",
                  "tovtool bars OUT.bmp [--width N] [--height N] [--colour-space CODE]\n"
                  "  Defaults: 640 x 480, colour space 0x80 (32 bits per pixel).\n"
                  "  Eight 75% bars, reversed in the bottom quarter. Rows are stored without\n"
-                 "  padding to 4 bytes.",
+                 "  padding to 4 bytes. --width and --height 1 to 65535; --colour-space a\n"
+                 "  code with a known pixel size, decimal or 0x.... The picture is written to\n"
+                 "  a temporary file in OUT.bmp's folder and renamed over OUT.bmp only when\n"
+                 "  every write succeeded: on failure OUT.bmp is left as it was (exit 1).",
                  RunBars});
 
 }  // namespace
@@ -126,17 +112,26 @@ std::vector<unsigned char> MakeBars(const BarsSettings& settings) {
   return pixels;
 }
 
-std::uint32_t WriteBars(const std::string& path, const BarsSettings& settings) {
-  const UTF16String path16 = basalt::UTF8to16(path);
-  TOV::BMPFileWriter writer;
-  std::uint32_t status = writer.OpenNewFile(path16.c_str());
-  if (status != 0) return status;
-  writer.SetBMPProperties(Halyard::VSize{settings.width, settings.height}, settings.colourSpace);
+void WriteBars(const std::string& path, const BarsSettings& settings) {
+  const std::uint32_t bytesPerPixel = Halyard::VColourSpacetoNumberofBytes(settings.colourSpace);
+  const std::uint64_t size = 54 + static_cast<std::uint64_t>(settings.width) *
+                                      static_cast<std::uint64_t>(settings.height) * bytesPerPixel;
   const std::vector<unsigned char> pixels = MakeBars(settings);
-  const auto stride = static_cast<std::int32_t>(
-      settings.width * Halyard::VColourSpacetoNumberofBytes(settings.colourSpace));
-  std::uint32_t unused = 0;
-  return writer.WriteBMP(pixels.data(), stride, 0, unused);
+  WriteFileSafely(path, size, [&](CheckedFilePort& port) {
+    // The writer adopts the stream and destroys it when it ends; the stream
+    // only uses the port, which outlives it.
+    auto* stream = new Halyard::CWriteStream(static_cast<Halyard::CPortEx&>(port),
+                                             Halyard::kHaldLittleEndian, 1 << 16, 0, 0);
+    TOV::BMPFileWriter writer;
+    if (const std::uint32_t status = writer.ResetStream(stream); status != 0) {
+      stream->Release();
+      return status;
+    }
+    writer.SetBMPProperties(Halyard::VSize{settings.width, settings.height}, settings.colourSpace);
+    const auto stride = static_cast<std::int32_t>(settings.width * bytesPerPixel);
+    std::uint32_t unused = 0;
+    return writer.WriteBMP(pixels.data(), stride, 0, unused);
+  });
 }
 
 }  // namespace tovtool

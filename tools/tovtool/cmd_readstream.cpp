@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tool.h"
+#include "tool_io.h"
 #include "tovfoundation/tovfoundation.h"
 
 namespace {
@@ -17,7 +18,9 @@ constexpr const char* kUsage =
     "  Opens FILE read-only and reads COUNT values of TYPE (default: 16 bytes)\n"
     "  from OFFSET on, in the given byte order (default: little). A string is\n"
     "  UTF-16 units up to a zero unit, at most COUNT units. Reads stop at the\n"
-    "  end of the file.";
+    "  end of the file. FILE must be a regular file of any size (a pipe or a\n"
+    "  device is refused, exit 1); OFFSET is 0 to the file's size, COUNT 1 to\n"
+    "  1000000.";
 
 std::uint32_t WidthOf(const std::string& type) {
   if (type == "byte") return 1;
@@ -38,29 +41,36 @@ int RunReadStream(const tovtool::Args& given) {
   if (args.size() != 1) throw tovtool::UsageError("readstream takes one FILE");
   if (order != "big" && order != "little") throw tovtool::UsageError("--order is big or little");
   const std::uint32_t width = WidthOf(type);
-  const std::int64_t offset = offsetText ? tovtool::ParseInteger(*offsetText, "--offset") : 0;
-  const std::int64_t count = countText ? tovtool::ParseInteger(*countText, "--count") : 16;
-  if (offset < 0 || offset > 0xFFFFFFFFll) throw tovtool::UsageError("--offset out of range");
-  if (count < 1 || count > 1000000) throw tovtool::UsageError("--count is 1 to 1000000");
+  const std::int64_t offset =
+      offsetText ? tovtool::ParseInteger(*offsetText, "--offset", 0, INT64_MAX) : 0;
+  const std::int64_t count =
+      countText ? tovtool::ParseInteger(*countText, "--count", 1, 1000000) : 16;
 
-  auto port = Halyard::CPort::FilePort(args[0].c_str(), Halyard::kAccessRead);
-  if (!port) {
-    std::cerr << "tovtool: cannot open " << args[0] << '\n';
-    return 1;
+  const std::string& path = args[0];
+  const std::uint64_t fileSize = tovtool::RequireRegularFile(path);
+  if (static_cast<std::uint64_t>(offset) > fileSize) {
+    throw tovtool::Failure(path + ": offset " + std::to_string(offset) + " is beyond the end (" +
+                           std::to_string(fileSize) + " bytes)");
   }
+  // The 64-bit file port, seen by the stream through a window that starts at
+  // the offset: files of any size, offsets past 4 GiB included.
+  tovtool::CheckedFilePort port(Halyard::kAccessRead);
+  port.Open(path);
+  const auto base = static_cast<std::uint64_t>(offset);
+  tovtool::PortWindow window(port, base);
   const auto ordering = order == "big" ? Halyard::kHaldBigEndian : Halyard::kHaldLittleEndian;
-  Halyard::CReadStream stream(*port, ordering, 4096, 0, 1);
+  Halyard::CReadStream stream(window, ordering, 4096, 0, 0);
   std::uint32_t size = 0;
   stream.GetSize(&size);
-  if (stream.SetPos(static_cast<std::uint32_t>(offset)) != 0) {
-    std::cerr << "tovtool: offset " << offset << " is beyond the end (" << size << " bytes)\n";
-    return 1;
-  }
   // Reads stay within the file: the stream's callers bound them by its size.
   std::uint32_t pos = 0;
-  stream.GetPos(&pos);
-  const std::uint64_t available = (size - pos) / width;
+  const std::uint64_t available = size / width;
   const auto n = static_cast<std::uint32_t>(std::min<std::uint64_t>(available, count));
+  const auto checkRead = [&port, &path] {
+    if (port.FirstFailure() != 0) {
+      throw tovtool::Failure("cannot read " + path + ": " + port.FailureText());
+    }
+  };
 
   if (type == "string") {
     if (n == 0) {
@@ -69,12 +79,13 @@ int RunReadStream(const tovtool::Args& given) {
     }
     UTF16String text;
     Halyard::VUtilsReadStringFromStream(stream, text, n);
+    checkRead();
     std::cout << basalt::UTF16to8(text) << '\n';
     return 0;
   }
   for (std::uint32_t i = 0; i < n; ++i) {
     stream.GetPos(&pos);
-    std::cout << std::setw(10) << pos << "  ";
+    std::cout << std::setw(10) << base + pos << "  ";
     if (type == "byte") {
       unsigned char v = 0;
       stream.ReadByte(&v);
@@ -110,6 +121,7 @@ int RunReadStream(const tovtool::Args& given) {
       std::cout << v;
     }
     std::cout << '\n';
+    checkRead();
   }
   return 0;
 }

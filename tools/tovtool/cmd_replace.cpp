@@ -34,19 +34,10 @@ UTF16String FormatOne(char type, T value) {
   return UTF16String(buffer.data(), length);
 }
 
+// Decimal (signed) or 0x... hexadecimal (at most 32 bits).
 std::int64_t ParseWhole(const std::string& text, const std::string& what) {
   if (text.rfind("0x", 0) == 0 || text.rfind("0X", 0) == 0) {
-    std::size_t used = 0;
-    std::uint64_t value = 0;
-    try {
-      value = std::stoull(text.substr(2), &used, 16);
-    } catch (const std::exception&) {
-      used = 0;
-    }
-    if (used == 0 || used != text.size() - 2) {
-      throw tovtool::UsageError(what + " must be a whole number, not '" + text + "'");
-    }
-    return static_cast<std::int64_t>(value);
+    return static_cast<std::int64_t>(tovtool::ParseUnsigned(text, what, 0xFFFFFFFFull));
   }
   return tovtool::ParseInteger(text, what);
 }

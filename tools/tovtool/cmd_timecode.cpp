@@ -61,8 +61,29 @@ FrameRate ParseRate(const std::string& text) {
   if (text == "23976") return FR::kFrameRate_23976;
   if (text == "pal") return FR::kFrameRate_VideoPAL;
   const double fps = tovtool::ParseNumber(text, "--rate");
-  if (!(fps > 0.0)) throw tovtool::UsageError("--rate must be above 0");
-  return FrameRate(fps);
+  // A frame must last at least one tick: above 254016000000 fps it would
+  // last none, and every division by the frame length would fail.
+  if (fps < 1.0 || fps > tov::time::kTicksPerSecondDouble) {
+    throw tovtool::UsageError("--rate must be 1 to 254016000000 frames per second, not '" + text +
+                              "'");
+  }
+  const FrameRate rate(fps);
+  if (rate.GetTicksPerFrame() < 1) throw tovtool::UsageError("--rate is too fast: '" + text + "'");
+  return rate;
+}
+
+// Every time the command works with lies within the library's time range,
+// kTime_Min to kTime_Max (100 hours either way), so no field or frame count
+// overflows.
+constexpr std::int64_t kMaxTicks = TOV::kTime_Max.GetTicks();
+constexpr std::int32_t kMaxStep = 1000000;
+
+Time CheckedTime(std::int64_t count, std::int64_t ticksPerUnit, const std::string& what) {
+  if (ticksPerUnit <= 0 || count > kMaxTicks / ticksPerUnit ||
+      count < -(kMaxTicks / ticksPerUnit)) {
+    throw tovtool::UsageError(what + " is beyond the time range (100 hours either way)");
+  }
+  return Time::TicksToTime(count * ticksPerUnit);
 }
 
 // "H:M:S:F" or "A:B" as signed 32-bit numbers.
@@ -73,8 +94,7 @@ std::vector<std::int32_t> ParseFields(const std::string& text, std::size_t count
   while (true) {
     const std::size_t colon = text.find(':', start);
     const std::string part = text.substr(start, colon == std::string::npos ? colon : colon - start);
-    const std::int64_t value = tovtool::ParseInteger(part, what);
-    if (value < INT32_MIN || value > INT32_MAX) throw tovtool::UsageError(what + " out of range");
+    const std::int64_t value = tovtool::ParseInteger(part, what, -kMaxStep, kMaxStep);
     fields.push_back(static_cast<std::int32_t>(value));
     if (colon == std::string::npos) break;
     start = colon + 1;
@@ -116,11 +136,16 @@ int RunTimecode(const tovtool::Args& input) {
   const FrameRate countRate = Timecode::GetFormatFrameRate(format, rate);
   Timecode tc(Time(), rate, format, style);
   if (frames) {
-    tc.SetTime(Time(tovtool::ParseInteger(*frames, "--frames"), countRate));
+    tc.SetTime(CheckedTime(tovtool::ParseInteger(*frames, "--frames"), countRate.GetTicksPerFrame(),
+                           "--frames " + *frames));
   } else if (seconds) {
-    tc.SetTime(Time(tovtool::ParseNumber(*seconds, "--seconds")));
+    const double value = tovtool::ParseNumber(*seconds, "--seconds");
+    if (value < -360000.0 || value > 360000.0) {
+      throw tovtool::UsageError("--seconds must be -360000 to 360000, not '" + *seconds + "'");
+    }
+    tc.SetTime(Time(value));
   } else if (ticks) {
-    tc.SetTime(Time::TicksToTime(tovtool::ParseInteger(*ticks, "--ticks")));
+    tc.SetTime(Time::TicksToTime(tovtool::ParseInteger(*ticks, "--ticks", -kMaxTicks, kMaxTicks)));
   } else {
     tc.SetTime(basalt::UTF8to16(args.front()));
     if (tc.GetTime() == TOV::kTime_Invalid ||
@@ -136,6 +161,14 @@ int RunTimecode(const tovtool::Args& input) {
   }
   if (stepFeet) {
     const auto f = ParseFields(*stepFeet, 2, "--step-feet");
+    const std::int64_t perFoot = format == TOV::kTimecodeFormat_FeetFrames16 ? 16 : 40;
+    const Time step = CheckedTime(std::int64_t{f[0]} * perFoot + f[1], rate.GetTicksPerFrame(),
+                                  "--step-feet " + *stepFeet);
+    const std::int64_t after = tc.GetTime().GetTicks() + step.GetTicks();
+    if (after < -kMaxTicks || after > kMaxTicks) {
+      throw tovtool::UsageError("--step-feet " + *stepFeet +
+                                " leaves the time range (100 hours either way)");
+    }
     tc.IncrementFeetFrames(f[0], f[1]);
     tc.SetFormat(format, rate);  // refresh the fields
   }
@@ -164,10 +197,14 @@ TOVTOOL_COMMAND({"timecode", "convert between frames, seconds, ticks and timecod
                  "                        [--step H:M:S:F] [--step-feet FEET:FRAMES]\n"
                  "  F: a code (100-112, 200, 201) or a name: 24 25 2997df 2997nd 30 50\n"
                  "     5994df 5994nd 60 frames 23976 feet40 feet16 own ms (default 2997df)\n"
-                 "  R: frames per second, or 2997, 5994, 23976, ntsc, ntschd, pal; the\n"
-                 "     formats frames, feet40, feet16 and own count at R (default 24)\n"
-                 "  --frames counts at the format's rate. Rejected text exits with 1.\n"
-                 "  Example: tovtool timecode --format 2997df 00:01:00;02",
+                 "  R: frames per second, 1 to 254016000000 (a frame lasts at least one\n"
+                 "     tick), or 2997, 5994, 23976, ntsc, ntschd, pal; the formats frames,\n"
+                 "     feet40, feet16 and own count at R (default 24)\n"
+                 "  --frames counts at the format's rate. Times stay within 100 hours either\n"
+                 "  way: --seconds -360000 to 360000, --ticks -91445760000000000 to\n"
+                 "  91445760000000000, --frames as many frames as that is. --step and\n"
+                 "  --step-feet fields are -1000000 to 1000000. Rejected text exits with 1.\n"
+                 "  Example: tovtool timecode --format 2997df '00:01:00;02'",
                  RunTimecode});
 
 }  // namespace

@@ -8,17 +8,8 @@
 #include <string>
 #include <vector>
 
-#if __has_include(<unistd.h>)
-#include <unistd.h>
-#define TOVTOOL_ISATTY(fd) ::isatty(fd)
-#elif __has_include(<io.h>)
-#include <io.h>
-#define TOVTOOL_ISATTY(fd) ::_isatty(fd)
-#else
-#define TOVTOOL_ISATTY(fd) 0
-#endif
-
 #include "tool.h"
+#include "tool_io.h"
 #include "tovfoundation/tovfoundation.h"
 
 namespace tovtool {
@@ -32,10 +23,13 @@ struct ToneSettings {
   double frequency = 440.0;
 };
 
-// Writes the tone to `path`; answers the writer's first failing status, or 0.
-// `progress` receives the fraction written so far when not null.
-std::uint32_t WriteTone(const std::string& path, const ToneSettings& settings,
-                        void (*progress)(double fraction));
+// The bytes of the tone's samples (the file has 44 more).
+std::uint64_t ToneDataBytes(const ToneSettings& settings);
+
+// Writes the tone to `path` through a temporary file that replaces `path`
+// only when every write succeeded; throws Failure naming the file and the
+// reason otherwise. `progress` is told the fraction written when not null.
+void WriteTone(const std::string& path, const ToneSettings& settings, Progress* progress);
 
 namespace {
 
@@ -81,39 +75,22 @@ std::uint32_t ContainerBytes(Halyard::enumVAudioSampleSize sampleSize) {
   return (bits + 7) / 8;
 }
 
-bool IsTerminal() { return TOVTOOL_ISATTY(2) != 0; }
-
-void ShowProgress(double fraction) {
-  std::cerr << "\rwriting " << static_cast<int>(fraction * 100.0) << "%" << std::flush;
-}
-
 int RunTone(const Args& arguments) {
   Args args = arguments;
   ToneSettings settings;
   if (auto value = TakeOption(args, "rate")) {
-    const auto rate = ParseInteger(*value, "--rate");
-    if (rate <= 0 || rate > 0xFFFFFFFFll) throw UsageError("--rate must be positive");
-    settings.sampleRate = static_cast<std::uint32_t>(rate);
+    settings.sampleRate = static_cast<std::uint32_t>(ParseInteger(*value, "--rate", 1, 1000000));
   }
   const auto mask = TakeOption(args, "mask");
   const auto channels = TakeOption(args, "channels");
   if (mask && channels) throw UsageError("give either --mask or --channels");
   if (mask) {
-    std::size_t used = 0;
-    unsigned long long parsed = 0;
-    try {
-      parsed = std::stoull(*mask, &used, 0);
-    } catch (const std::exception&) {
-      used = 0;
-    }
-    if (used != mask->size() || parsed == 0 || parsed > 0xFFFFFFFFull) {
-      throw UsageError("--mask must be a non-zero channel mask such as 0x3, not '" + *mask + "'");
-    }
+    const std::uint64_t parsed = ParseUnsigned(*mask, "--mask", 0xFFFFFFFFull);
+    if (parsed == 0) throw UsageError("--mask must be a non-zero channel mask such as 0x3");
     settings.audioMode = static_cast<std::uint32_t>(parsed);
   }
   if (channels) {
-    const auto count = ParseInteger(*channels, "--channels");
-    if (count < 1 || count > 32) throw UsageError("--channels must be 1 to 32");
+    const auto count = ParseInteger(*channels, "--channels", 1, 32);
     settings.audioMode = count == 32 ? 0xFFFFFFFFu : ((1u << count) - 1u);
   }
   const auto bits = TakeOption(args, "bits");
@@ -131,9 +108,8 @@ int RunTone(const Args& arguments) {
         Halyard::BitsPerSampleToTOVAudioSampleSize(static_cast<std::uint32_t>(value));
   }
   if (sampleSize) {
-    const auto value = ParseInteger(*sampleSize, "--sample-size");
-    if (value < 0 || value > 0xFFFFFFFFll ||
-        Halyard::TOVAudioSampleSizeToBitsPerSample(
+    const auto value = ParseUnsigned(*sampleSize, "--sample-size", 0xFFFFFFFFull);
+    if (Halyard::TOVAudioSampleSizeToBitsPerSample(
             static_cast<Halyard::enumVAudioSampleSize>(value)) == 0) {
       throw UsageError("--sample-size must be one of 1, 2, 4, 8, 16, 32, 64, 128");
     }
@@ -142,14 +118,14 @@ int RunTone(const Args& arguments) {
   if (isFloat) settings.sampleSize = Halyard::kVAudioSampleSize32Float;
   if (auto value = TakeOption(args, "seconds")) {
     settings.seconds = ParseNumber(*value, "--seconds");
-    if (!(settings.seconds >= 0.0) || settings.seconds > 86400.0) {
-      throw UsageError("--seconds must be between 0 and 86400");
+    if (settings.seconds < 0.0 || settings.seconds > 86400.0) {
+      throw UsageError("--seconds must be 0 to 86400");
     }
   }
   if (auto value = TakeOption(args, "frequency")) {
     settings.frequency = ParseNumber(*value, "--frequency");
-    if (!(settings.frequency > 0.0) || settings.frequency > 1e6) {
-      throw UsageError("--frequency must be positive");
+    if (settings.frequency <= 0.0 || settings.frequency > 1e6) {
+      throw UsageError("--frequency must be above 0 and at most 1000000");
     }
   }
   RejectUnknownOptions(args);
@@ -157,18 +133,13 @@ int RunTone(const Args& arguments) {
 
   const std::uint64_t frames =
       static_cast<std::uint64_t>(std::llround(settings.seconds * settings.sampleRate));
-  const std::uint64_t bytes = frames * Halyard::TOVAudioModeToNumberOfChannels(settings.audioMode) *
-                              ContainerBytes(settings.sampleSize);
+  const std::uint64_t bytes = ToneDataBytes(settings);
   if (bytes > 0xFFFFFFFFull - 36) {
     throw UsageError("the tone would not fit a WAVE file (4 GiB); make it shorter");
   }
-  const bool showProgress = IsTerminal() && bytes >= (8u << 20);
-  const std::uint32_t status = WriteTone(args[0], settings, showProgress ? ShowProgress : nullptr);
-  if (showProgress) std::cerr << "\r            \r";
-  if (status != 0) {
-    std::cerr << "tovtool tone: writing " << args[0] << " failed with status 0x" << std::hex
-              << std::uppercase << status << std::dec << '\n';
-    return 1;
+  {
+    Progress progress("writing", bytes >= (8u << 20));
+    WriteTone(args[0], settings, &progress);
   }
   std::cout << args[0] << ": " << frames << " frames, "
             << Halyard::TOVAudioModeToNumberOfChannels(settings.audioMode) << " channels, "
@@ -183,55 +154,66 @@ TOVTOOL_COMMAND({"tone", "write a sine test tone as a WAVE file",
                  "                    [--bits N | --sample-size CODE | --float]\n"
                  "                    [--seconds S] [--frequency HZ]\n"
                  "  Defaults: 48000 Hz, stereo (mask 0x3), 16 bits, 1 second, 440 Hz.\n"
-                 "  --bits takes 8, 16, 20, 24, 32 or 64; --float writes 32-bit IEEE float.",
+                 "  --rate 1 to 1000000; --channels 1 to 32; --mask a non-zero 32-bit mask\n"
+                 "  (decimal or 0x...); --bits 8, 16, 20, 24, 32 or 64; --sample-size 1, 2, 4,\n"
+                 "  8, 16, 32, 64 or 128; --float writes 32-bit IEEE float; --seconds 0 to\n"
+                 "  86400; --frequency above 0, at most 1000000. The file must stay below 4 GiB.\n"
+                 "  The tone is written to a temporary file in OUT.wav's folder and renamed\n"
+                 "  over OUT.wav only when every write succeeded: on failure OUT.wav is left\n"
+                 "  as it was (exit 1).",
                  RunTone});
 
 }  // namespace
 
-std::uint32_t WriteTone(const std::string& path, const ToneSettings& settings,
-                        void (*progress)(double fraction)) {
-  const UTF16String path16 = basalt::UTF8to16(path);
-  auto* port = new Halyard::CFilePort(Halyard::kAccessWrite, 0);
-  std::uint32_t status = port->Open(path16.c_str());
-  if (status != 0) {
-    delete port;
-    return status;
-  }
-  // The stream owns the port; the writer owns the stream and destroys it at
-  // EndWriting.
-  auto* stream = new Halyard::CWriteStream(port, Halyard::kHaldLittleEndian, 1 << 16, 0, 0);
-  const Halyard::AudioInfo info{settings.audioMode, settings.sampleSize, settings.sampleRate};
-  TOV::PCMFileWriter writer;
-  status = writer.BeginWriting(stream, info);
-  if (status != 0) {
-    writer.EndWriting();  // hands the stream back to be destroyed
-    return status;
-  }
-
-  const std::uint32_t channels = Halyard::TOVAudioModeToNumberOfChannels(settings.audioMode);
-  const std::uint32_t sampleBytes = ContainerBytes(settings.sampleSize);
-  const std::uint32_t frameBytes = channels * sampleBytes;
-  const std::uint64_t frames =
+std::uint64_t ToneDataBytes(const ToneSettings& settings) {
+  const auto frames =
       static_cast<std::uint64_t>(std::llround(settings.seconds * settings.sampleRate));
-  constexpr std::uint64_t kBlockFrames = 4096;
-  std::vector<unsigned char> block(static_cast<std::size_t>(kBlockFrames * frameBytes));
-  const double step = 2.0 * std::numbers::pi * settings.frequency / settings.sampleRate;
-  for (std::uint64_t first = 0; first < frames && frameBytes != 0; first += kBlockFrames) {
-    const std::uint64_t count = std::min(kBlockFrames, frames - first);
-    unsigned char* out = block.data();
-    for (std::uint64_t frame = first; frame < first + count; ++frame) {
-      const double value = 0.5 * std::sin(step * static_cast<double>(frame));
-      for (std::uint32_t channel = 0; channel < channels; ++channel) {
-        EncodeSample(value, settings.sampleSize, out);
-        out += sampleBytes;
-      }
+  return frames * Halyard::TOVAudioModeToNumberOfChannels(settings.audioMode) *
+         ContainerBytes(settings.sampleSize);
+}
+
+void WriteTone(const std::string& path, const ToneSettings& settings, Progress* progress) {
+  WriteFileSafely(path, 44 + ToneDataBytes(settings), [&](CheckedFilePort& port) {
+    // The writer owns the stream and destroys it at EndWriting; the stream
+    // only uses the port, which outlives it.
+    auto* stream = new Halyard::CWriteStream(static_cast<Halyard::CPortEx&>(port),
+                                             Halyard::kHaldLittleEndian, 1 << 16, 0, 0);
+    const Halyard::AudioInfo info{settings.audioMode, settings.sampleSize, settings.sampleRate};
+    TOV::PCMFileWriter writer;
+    std::uint32_t status = writer.BeginWriting(stream, info);
+    if (status != 0) {
+      writer.EndWriting();  // hands the stream back to be destroyed
+      return status;
     }
-    std::uint32_t bytes = static_cast<std::uint32_t>(count * frameBytes);
-    status = writer.WriteSamples(block.data(), bytes);
-    if (status != 0) return status;  // the writer's destructor finishes the file
-    if (progress != nullptr) progress(static_cast<double>(first + count) / frames);
-  }
-  return writer.EndWriting();
+    const std::uint32_t channels = Halyard::TOVAudioModeToNumberOfChannels(settings.audioMode);
+    const std::uint32_t sampleBytes = ContainerBytes(settings.sampleSize);
+    const std::uint32_t frameBytes = channels * sampleBytes;
+    const std::uint64_t frames =
+        static_cast<std::uint64_t>(std::llround(settings.seconds * settings.sampleRate));
+    constexpr std::uint64_t kBlockFrames = 4096;
+    std::vector<unsigned char> block(static_cast<std::size_t>(kBlockFrames * frameBytes));
+    const double step = 2.0 * std::numbers::pi * settings.frequency / settings.sampleRate;
+    for (std::uint64_t first = 0; first < frames && frameBytes != 0; first += kBlockFrames) {
+      const std::uint64_t count = std::min(kBlockFrames, frames - first);
+      unsigned char* out = block.data();
+      for (std::uint64_t frame = first; frame < first + count; ++frame) {
+        const double value = 0.5 * std::sin(step * static_cast<double>(frame));
+        for (std::uint32_t channel = 0; channel < channels; ++channel) {
+          EncodeSample(value, settings.sampleSize, out);
+          out += sampleBytes;
+        }
+      }
+      auto bytes = static_cast<std::uint32_t>(count * frameBytes);
+      status = writer.WriteSamples(block.data(), bytes);
+      // The stream hides the port's failures: stop at the first one the port saw.
+      if (status != 0 || port.FirstFailure() != 0) {
+        writer.EndWriting();
+        return status;
+      }
+      if (progress != nullptr) progress->Show(static_cast<double>(first + count) / frames);
+    }
+    return writer.EndWriting();
+  });
 }
 
 }  // namespace tovtool

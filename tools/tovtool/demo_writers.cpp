@@ -19,26 +19,30 @@ struct ToneSettings {
   double seconds = 1.0;
   double frequency = 440.0;
 };
-std::uint32_t WriteTone(const std::string& path, const ToneSettings& settings,
-                        void (*progress)(double fraction));
+class Progress;
+void WriteTone(const std::string& path, const ToneSettings& settings, Progress* progress);
 struct BarsSettings {
   std::int32_t width = 640;
   std::int32_t height = 480;
   std::uint32_t colourSpace = 0x80;
 };
-std::uint32_t WriteBars(const std::string& path, const BarsSettings& settings);
+void WriteBars(const std::string& path, const BarsSettings& settings);
 
 namespace {
 
-void ShowFile(std::ostream& out, const std::filesystem::path& path, std::uint32_t status) {
+// Runs `write` and shows the file it wrote, or why it could not.
+template <typename Write>
+void ShowFile(std::ostream& out, const std::filesystem::path& path, Write&& write) {
+  out << "  " << path.string() << ": ";
+  try {
+    write();
+  } catch (const Failure& failure) {
+    out << "failed: " << failure.what() << "\n";
+    return;
+  }
   std::error_code error;
   const auto size = std::filesystem::file_size(path, error);
-  out << "  " << path.string() << ": ";
-  if (status != 0 || error) {
-    out << "failed (status 0x" << std::hex << std::uppercase << status << std::dec << ")\n";
-  } else {
-    out << size << " bytes\n";
-  }
+  out << size << " bytes\n";
 }
 
 void DemoWriters(std::ostream& out) {
@@ -63,13 +67,13 @@ void DemoWriters(std::ostream& out) {
   ToneSettings tone;
   tone.seconds = 0.5;
   const auto wav = folder / "tone-440Hz.wav";
-  ShowFile(out, wav, WriteTone(wav.string(), tone, nullptr));
+  ShowFile(out, wav, [&] { WriteTone(wav.string(), tone, nullptr); });
 
   BarsSettings bars;
   bars.width = 320;
   bars.height = 180;
   const auto bmp = folder / "bars-320x180.bmp";
-  ShowFile(out, bmp, WriteBars(bmp.string(), bars));
+  ShowFile(out, bmp, [&] { WriteBars(bmp.string(), bars); });
 
   using namespace basalt::literals;
   const UTF16String preset =

@@ -1,12 +1,18 @@
 // tovtool: entry point, help, version and the demo.
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <new>
 #include <string>
 #include <vector>
 
 #include "tool.h"
+#include "tool_io.h"
+#include "tool_os.h"
 #include "tovfoundation/tovfoundation.h"
 
 namespace tovtool {
@@ -97,26 +103,70 @@ bool TakeFlag(Args& args, const std::string& name) {
   return true;
 }
 
+namespace {
+// The digits of a number after one optional sign: "+" is skipped, "-" kept
+// for from_chars; "+-1", "--1" and "" are left with no digits in front.
+const char* SkipPlus(const std::string& text) {
+  const char* begin = text.data();
+  if (text.size() > 1 && text[0] == '+' && text[1] != '-') ++begin;
+  return begin;
+}
+bool StartsWithDigit(const char* begin, const char* end) {
+  if (begin != end && *begin == '-') ++begin;
+  return begin != end && ((*begin >= '0' && *begin <= '9') || *begin == '.');
+}
+}  // namespace
+
 std::int64_t ParseInteger(const std::string& text, const std::string& what) {
   std::int64_t value = 0;
-  const char* begin = text.data();
-  const char* end = begin + text.size();
-  if (begin != end && *begin == '+') ++begin;
+  const char* begin = SkipPlus(text);
+  const char* end = text.data() + text.size();
   const auto result = std::from_chars(begin, end, value);
-  if (text.empty() || result.ec != std::errc() || result.ptr != end) {
+  if (result.ec == std::errc::result_out_of_range) {
+    throw UsageError(what + " is out of range: '" + text + "'");
+  }
+  if (!StartsWithDigit(begin, end) || result.ec != std::errc() || result.ptr != end) {
     throw UsageError(what + " must be a whole number, not '" + text + "'");
+  }
+  return value;
+}
+
+std::int64_t ParseInteger(const std::string& text, const std::string& what, std::int64_t min,
+                          std::int64_t max) {
+  const std::int64_t value = ParseInteger(text, what);
+  if (value < min || value > max) {
+    throw UsageError(what + " must be " + std::to_string(min) + " to " + std::to_string(max) +
+                     ", not '" + text + "'");
   }
   return value;
 }
 
 double ParseNumber(const std::string& text, const std::string& what) {
   double value = 0;
-  const char* begin = text.data();
-  const char* end = begin + text.size();
-  if (begin != end && *begin == '+') ++begin;
-  const auto result = std::from_chars(begin, end, value);
-  if (text.empty() || result.ec != std::errc() || result.ptr != end) {
-    throw UsageError(what + " must be a number, not '" + text + "'");
+  const char* begin = SkipPlus(text);
+  const char* end = text.data() + text.size();
+  // from_chars would also take "nan" and "inf": a number starts with a digit
+  // or a point.
+  const auto result = std::from_chars(begin, end, value, std::chars_format::general);
+  if (!StartsWithDigit(begin, end) || result.ec != std::errc() || result.ptr != end ||
+      !std::isfinite(value)) {
+    throw UsageError(what + " must be a finite number, not '" + text + "'");
+  }
+  return value;
+}
+
+std::uint64_t ParseUnsigned(const std::string& text, const std::string& what, std::uint64_t max) {
+  const bool hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+  const char* begin = text.data() + (hex ? 2 : 0);
+  const char* end = text.data() + text.size();
+  std::uint64_t value = 0;
+  const auto result = std::from_chars(begin, end, value, hex ? 16 : 10);
+  if (begin == end || result.ec == std::errc::invalid_argument || result.ptr != end) {
+    throw UsageError(what + " must be a whole number (decimal or 0x...), not '" + text + "'");
+  }
+  if (result.ec == std::errc::result_out_of_range || value > max) {
+    throw UsageError(what + " is out of range (at most " + std::to_string(max) + "): '" + text +
+                     "'");
   }
   return value;
 }
@@ -129,53 +179,96 @@ void RejectUnknownOptions(const Args& args) {
 
 }  // namespace tovtool
 
-int main(int argc, char** argv) {
-  using namespace tovtool;
-  Args args(argv + 1, argv + argc);
+namespace tovtool {
+namespace {
+
+// Every byte for standard output must have reached it: a failed write (a full
+// disk, /dev/full, a closed pipe) turns a successful run into exit code 1.
+int CheckStandardOutput(int status) {
+  errno = 0;
+  std::cout.flush();  // with synchronised streams, flushes stdout too
+  int error = errno;
+  const bool flushed = std::fflush(stdout) == 0;
+  if (error == 0) error = errno;
+  if (flushed && !std::ferror(stdout) && std::cout.good()) return status;
+  std::cerr << "tovtool: cannot write standard output";
+  if (error != 0) std::cerr << ": " << OsMessage(OsErrorFromErrno(error));
+  std::cerr << '\n';
+  return status == kExitSuccess ? kExitFailure : status;
+}
+
+constexpr const char* kShortUsage =
+    "Usage: tovtool COMMAND [ARGS...]\n"
+    "Try 'tovtool --help'.\n";
+
+bool AsksForHelp(const Args& args) {
+  return std::any_of(args.begin(), args.end(),
+                     [](const std::string& arg) { return arg == "-h" || arg == "--help"; });
+}
+
+int Run(Args args) {
   if (args.empty()) {
     PrintHelp(std::cerr);
-    return 2;
+    return kExitUsage;
   }
   const std::string first = args.front();
   if (first == "--help" || first == "-h") {
     PrintHelp(std::cout);
-    return 0;
+    return kExitSuccess;
   }
   if (first == "--version") {
+    if (args.size() != 1) {
+      std::cerr << "tovtool: --version takes no arguments\n" << kShortUsage;
+      return kExitUsage;
+    }
     std::cout << "tovtool " << TOVFoundation::Version() << '\n';
-    return 0;
+    return kExitSuccess;
   }
   if (first == "help") {
     if (args.size() == 1) {
       PrintHelp(std::cout);
-      return 0;
+      return kExitSuccess;
     }
-    const Command* command = FindCommand(args[1]);
+    const Command* command = args.size() == 2 ? FindCommand(args[1]) : nullptr;
     if (command == nullptr) {
-      std::cerr << "tovtool: unknown command '" << args[1] << "'\n";
-      return 2;
+      std::cerr << "tovtool: unknown command '" << args[1] << "'\n" << kShortUsage;
+      return kExitUsage;
     }
     std::cout << "Usage: " << command->usage << '\n';
-    return 0;
+    return kExitSuccess;
   }
   const Command* command = FindCommand(first);
   if (command == nullptr) {
-    std::cerr << "tovtool: unknown command '" << first << "'\nTry 'tovtool --help'.\n";
-    return 2;
+    std::cerr << "tovtool: unknown command '" << first << "'\n" << kShortUsage;
+    return kExitUsage;
   }
   args.erase(args.begin());
-  if (std::find(args.begin(), args.end(), "--help") != args.end()) {
+  if (AsksForHelp(args)) {
     std::cout << "Usage: " << command->usage << '\n';
-    return 0;
+    return kExitSuccess;
   }
   try {
     return command->run(args);
   } catch (const UsageError& error) {
     std::cerr << "tovtool " << command->name << ": " << error.what()
               << "\nUsage: " << command->usage << '\n';
-    return 2;
+    return kExitUsage;
+  } catch (const Failure& error) {
+    std::cerr << "tovtool " << command->name << ": " << error.what() << '\n';
+    return kExitFailure;
+  } catch (const std::bad_alloc&) {
+    std::cerr << "tovtool " << command->name << ": not enough memory\n";
+    return kExitFailure;
   } catch (const std::exception& error) {
     std::cerr << "tovtool " << command->name << ": " << error.what() << '\n';
-    return 1;
+    return kExitFailure;
   }
+}
+
+}  // namespace
+}  // namespace tovtool
+
+int main(int argc, char** argv) {
+  using namespace tovtool;
+  return CheckStandardOutput(Run(Args(argv + 1, argv + argc)));
 }

@@ -2,9 +2,15 @@
 //
 // Each sub-command lives in its own file and registers itself with
 // TOVTOOL_COMMAND; each subsystem adds a section to `tovtool demo` with
-// TOVTOOL_DEMO_SECTION. Commands report bad usage by throwing UsageError
-// (exit code 2) and other failures by returning a non-zero exit code after
-// writing to stderr.
+// TOVTOOL_DEMO_SECTION.
+//
+// The exit status is the tool's contract with scripts, the same for every
+// command: 0 only when all the work was done and all output written; 1 when
+// the work failed (the reason on stderr, naming the file); 2 for bad usage
+// (the usage on stderr). Commands report bad usage by throwing UsageError and
+// failures by throwing Failure (or by returning 1 after writing to stderr);
+// main checks standard output before it exits, so a command that returns 0
+// whose output could not be written still exits 1.
 #pragma once
 
 #include <cstdint>
@@ -34,8 +40,18 @@ struct DemoSection {
 bool RegisterCommand(const Command& command);
 bool RegisterDemoSection(const DemoSection& section);
 
+inline constexpr int kExitSuccess = 0;
+inline constexpr int kExitFailure = 1;
+inline constexpr int kExitUsage = 2;
+
 // Bad usage: printed with the command's usage, exit code 2.
 class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The work failed: printed as "tovtool COMMAND: what", exit code 1.
+class Failure : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
@@ -45,10 +61,18 @@ class UsageError : public std::runtime_error {
 std::optional<std::string> TakeOption(Args& args, const std::string& name);
 // Removes the flag "--name" from args and tells whether it was there.
 bool TakeFlag(Args& args, const std::string& name);
-// Parses a whole decimal integer, or throws UsageError naming `what`.
+// Parses a whole decimal integer (an optional sign, digits, nothing else, in
+// 64 bits), or throws UsageError naming `what`.
 std::int64_t ParseInteger(const std::string& text, const std::string& what);
-// Parses a floating-point number, or throws UsageError naming `what`.
+// The same, and throws UsageError unless min <= value <= max.
+std::int64_t ParseInteger(const std::string& text, const std::string& what, std::int64_t min,
+                          std::int64_t max);
+// Parses a finite decimal number ("1.5", "-2e3"; no NaN, no infinity, nothing
+// after it), or throws UsageError naming `what`.
 double ParseNumber(const std::string& text, const std::string& what);
+// Parses a whole number written in decimal or as 0x... hexadecimal, from 0 to
+// `max`, or throws UsageError naming `what`.
+std::uint64_t ParseUnsigned(const std::string& text, const std::string& what, std::uint64_t max);
 // Throws UsageError if an argument starting with "--" is left.
 void RejectUnknownOptions(const Args& args);
 

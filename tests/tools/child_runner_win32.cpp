@@ -1,0 +1,71 @@
+// The child runner on Windows: the C runtime's descriptors 0-2 are pointed at
+// the files for the time of a waiting _spawnv, which hands them to the child.
+#include <direct.h>
+#include <fcntl.h>
+#include <io.h>
+#include <process.h>
+#include <spawn.h>
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+
+#include "child_runner.h"
+
+namespace tovtest {
+
+namespace {
+std::string ReadWhole(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+}  // namespace
+
+ChildResult RunChild(const std::string& program, const ChildOptions& options) {
+  const std::string outPath = options.captureDir + "/child.out";
+  const std::string errPath = options.captureDir + "/child.err";
+  const std::string inPath = options.stdinPath.empty() ? "NUL" : options.stdinPath;
+  const std::string stdoutPath = options.stdoutPath.empty() ? outPath : options.stdoutPath;
+  std::vector<std::string> quoted{tov_compat_quote(program.c_str())};
+  for (const auto& arg : options.args) quoted.push_back(tov_compat_quote(arg.c_str()));
+  std::vector<const char*> argv;
+  for (const auto& arg : quoted) argv.push_back(arg.c_str());
+  argv.push_back(nullptr);
+
+  std::fflush(stdout);
+  std::fflush(stderr);
+  const int saved[3] = {::_dup(0), ::_dup(1), ::_dup(2)};
+  const int in = ::_open(inPath.c_str(), _O_RDONLY | _O_BINARY);
+  const int out = ::_open(stdoutPath.c_str(), _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY,
+                          _S_IREAD | _S_IWRITE);
+  const int err =
+      ::_open(errPath.c_str(), _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY, _S_IREAD | _S_IWRITE);
+  ChildResult result;
+  char here[4096] = {};
+  if (in >= 0 && out >= 0 && err >= 0 && ::_getcwd(here, sizeof here) != nullptr &&
+      ::_chdir(options.workDir.c_str()) == 0) {
+    ::_dup2(in, 0);
+    ::_dup2(out, 1);
+    ::_dup2(err, 2);
+    const intptr_t code = ::_spawnv(_P_WAIT, program.c_str(), argv.data());
+    ::_dup2(saved[0], 0);
+    ::_dup2(saved[1], 1);
+    ::_dup2(saved[2], 2);
+    ::_chdir(here);
+    if (code >= 0) result.exitCode = static_cast<int>(code);
+  }
+  for (int fd : {in, out, err, saved[0], saved[1], saved[2]}) {
+    if (fd >= 0) ::_close(fd);
+  }
+  if (options.stdoutPath.empty()) result.out = ReadWhole(outPath);
+  result.err = ReadWhole(errPath);
+  return result;
+}
+
+}  // namespace tovtest
+
+namespace tovtest {
+bool IsPosix() { return false; }
+bool MakeFifo(const std::string&) { return false; }
+}  // namespace tovtest
