@@ -291,9 +291,15 @@ class Registry : public PropList {
       const PropList* theirs = disk.FindChild(key);
       PropList* ours = FindChild(key);
       if (theirs == nullptr) {
-        UTF8String text;
-        disk.GetString(key, text);
-        if (ours != nullptr || !Contains(key)) SetString(key, text);
+        // A text where a pair belongs (not a cache file): a pair held here
+        // stays; otherwise the disk's text is taken as it is.
+        if (ours != nullptr) {
+          keptOwn = true;
+        } else {
+          UTF8String text;
+          disk.GetString(key, text);
+          SetString(key, text);
+        }
         continue;
       }
       if (ours == nullptr) {
