@@ -20,6 +20,7 @@
 #include "foundation/registrar_internal.h"
 #include "foundation_support.h"
 #include "platform/file.h"
+#include "platform/interprocess.h"
 #include "tovfoundation/files.h"
 #include "tovfoundation/foundation.h"
 
@@ -290,17 +291,16 @@ TEST_F(SharedRegistrar, ProcessThatOnlyLooksUpNeverRewritesTheList) {
   UTF16String file;
   ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"n"_u16, file), 0u);
   Restart();
-  struct stat before {};
-  ASSERT_EQ(::stat(ListPath().c_str(), &before), 0);
+  platform::FileVersion before{};
+  ASSERT_TRUE(platform::GetFileVersion(foundation_test::Lib(ListPath()), &before));
   UTF16String found;
   ASSERT_EQ(FolderRegistrar::FindFolder(u"C:\\Media"_u16, u"n"_u16, found), 0u);
   EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\Absent"_u16, u"n"_u16, found),
             TOV::kErrRegistryNotFound);
   Restart();
-  struct stat after {};
-  ASSERT_EQ(::stat(ListPath().c_str(), &after), 0);
-  EXPECT_EQ(after.st_ino, before.st_ino);
-  EXPECT_EQ(after.st_mtime, before.st_mtime);
+  platform::FileVersion after{};
+  ASSERT_TRUE(platform::GetFileVersion(foundation_test::Lib(ListPath()), &after));
+  EXPECT_EQ(after, before);  // the same file, never replaced
 }
 
 // --- a full disk -------------------------------------------------------------------
