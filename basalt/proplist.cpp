@@ -23,6 +23,7 @@
 #include "platform/error.h"
 #include "platform/file.h"
 #include "platform/file_replace.h"
+#include "platform/system.h"
 
 namespace basalt::proplist {
 
@@ -687,8 +688,23 @@ void ParsePropList(const std::string& bytes, PropList& list) {
 }
 
 void LoadPropList(const UTF16String& path, PropList& list, std::uint32_t /*flags*/) {
-  std::string bytes = ReadWholeFile(path);
-  ParseInPlace(bytes, list);
+  // Parsing takes about three times the file's size for a moment; after a
+  // large file, that memory goes back to the system rather than staying
+  // resident for the rest of the process.
+  constexpr std::size_t kLargeFile = std::size_t{4} << 20;
+  std::size_t size = 0;
+  {
+    std::string bytes = ReadWholeFile(path);
+    size = bytes.size();
+    try {
+      ParseInPlace(bytes, list);
+    } catch (...) {
+      bytes = std::string();
+      if (size >= kLargeFile) tov::platform::ReleaseFreedMemory();
+      throw;
+    }
+  }
+  if (size >= kLargeFile) tov::platform::ReleaseFreedMemory();
 }
 
 void SavePropList(const UTF16String& path, const PropList& list) {

@@ -16,6 +16,12 @@ std::uint32_t CurrentProcessId();
 // CLOCK_MONOTONIC; Windows: GetTickCount()).
 std::uint32_t TickCountMs();
 
+// Hands memory the process has freed back to the system, after work that
+// needed much of it briefly (parsing a large property list): the freed pages
+// stop counting as resident. POSIX with the GNU C library: malloc_trim(0);
+// other C libraries: nothing. Windows: HeapCompact of the process heap.
+void ReleaseFreedMemory();
+
 // The value of an environment variable, or nothing when it is not set
 // (last error kErrorEnvVarNotFound). Names and values are UTF-16; on POSIX the
 // environment's bytes are read as UTF-8.

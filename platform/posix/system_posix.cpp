@@ -5,7 +5,10 @@
 #include <unistd.h>
 
 #include <cstdint>
-#include <cstdlib>
+#include <cstdlib>  // first, so that __GLIBC__ is known below
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
 
 #include "basalt/utf.h"
 #include "platform/error.h"
@@ -25,6 +28,12 @@ std::uint32_t TickCountMs() {
   const std::uint64_t ms = static_cast<std::uint64_t>(ts.tv_sec) * 1000u +
                            static_cast<std::uint64_t>(ts.tv_nsec) / 1000000u;
   return static_cast<std::uint32_t>(ms);
+}
+
+void ReleaseFreedMemory() {
+#if defined(__GLIBC__)
+  ::malloc_trim(0);
+#endif
 }
 
 std::optional<UTF16String> GetEnvVar(const UTF16String& name) {

@@ -17,6 +17,8 @@ std::uint32_t CurrentProcessId() { return static_cast<std::uint32_t>(::GetCurren
 
 std::uint32_t TickCountMs() { return static_cast<std::uint32_t>(::GetTickCount()); }
 
+void ReleaseFreedMemory() { ::HeapCompact(::GetProcessHeap(), 0); }
+
 std::optional<UTF16String> GetEnvVar(const UTF16String& name) {
   const std::wstring wideName = win32::Wide(name);
   std::wstring value(64, L'\0');
