@@ -1,0 +1,283 @@
+// The vector UTF kernels for x86-64 processors with AVX2 and with AVX-512.
+//
+// Each function carries the instruction sets it uses as a target attribute,
+// so this file builds with the library's ordinary flags and nothing in it runs
+// unless the dispatch chose its level (platform/cpu.h).
+//
+// UTF-8 → UTF-16 takes ASCII 32 (64) bytes at a time. Other text goes through
+// 16-byte windows: when every character wholly inside a window is a
+// well-formed one-, two- or three-byte sequence, the window is decoded at once
+// (each byte position decoded as if a character started there, the positions
+// of continuation bytes then squeezed out). Anything else (four-byte
+// sequences, ill-formed ones) takes the scalar step for the window's bytes,
+// which is what makes the output identical to the scalar kernel's.
+//
+// UTF-16 → UTF-8 takes ASCII 32 (64) units at a time and other text in windows
+// of eight units without surrogates (each unit's one to three bytes built in
+// a 32-bit lane, then packed by a table shuffle); windows with surrogates take
+// the scalar step.
+#include "basalt/utf_internal.h"
+#include "basalt/utf_simd_tables.h"
+
+#if defined(__x86_64__)
+
+// GCC 12's AVX-512 intrinsics start from deliberately undefined vectors, which
+// its -Wmaybe-uninitialized reports once they are inlined here.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+#include <immintrin.h>
+
+#define TOV_TARGET_AVX2 __attribute__((target("avx2,bmi,bmi2,popcnt")))
+#define TOV_TARGET_AVX512 \
+  __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi,avx2,bmi,bmi2,popcnt")))
+
+namespace basalt::utf {
+
+namespace {
+
+// --- UTF-8 → UTF-16 ------------------------------------------------------------
+
+// The 16 bytes at `src`, which start a character: converts the longest run
+// of well-formed one- to three-byte characters that starts there and lies
+// wholly inside them. Writes the code units at `dst` (and scratch values up
+// to 16 units on), advances `dst` and returns the bytes converted; 0 when the
+// first character is anything else.
+TOV_TARGET_AVX2 inline int Utf8Window(const unsigned char* src, unsigned short*& dst) {
+  const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src));
+  // Unsigned byte order as signed order, for the range tests.
+  const __m128i biased = _mm_xor_si128(x, _mm_set1_epi8(static_cast<char>(0x80)));
+  const __m128i ascii = _mm_cmpgt_epi8(x, _mm_set1_epi8(-1));
+  const __m128i cont = _mm_cmpgt_epi8(_mm_set1_epi8(-64), x);                        // 0x80–0xBF
+  const __m128i lead2 = _mm_and_si128(_mm_cmpgt_epi8(biased, _mm_set1_epi8(0x41)),   // >= 0xC2
+                                      _mm_cmpgt_epi8(_mm_set1_epi8(0x60), biased));  // <= 0xDF
+  const __m128i lead3 = _mm_and_si128(_mm_cmpgt_epi8(biased, _mm_set1_epi8(0x5F)),   // >= 0xE0
+                                      _mm_cmpgt_epi8(_mm_set1_epi8(0x70), biased));  // <= 0xEF
+  const __m128i known = _mm_or_si128(_mm_or_si128(ascii, cont), _mm_or_si128(lead2, lead3));
+  // Continuation bytes exactly where the leads before them want them.
+  const __m128i wanted =
+      _mm_or_si128(_mm_slli_si128(_mm_or_si128(lead2, lead3), 1), _mm_slli_si128(lead3, 2));
+
+  const __m256i b0 = _mm256_cvtepu8_epi16(x);
+  const __m256i b1 =
+      _mm256_and_si256(_mm256_cvtepu8_epi16(_mm_srli_si128(x, 1)), _mm256_set1_epi16(0x3F));
+  const __m256i b2 =
+      _mm256_and_si256(_mm256_cvtepu8_epi16(_mm_srli_si128(x, 2)), _mm256_set1_epi16(0x3F));
+  const __m256i v2 =
+      _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(b0, _mm256_set1_epi16(0x1F)), 6), b1);
+  const __m256i v3 =
+      _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi16(b0, 12), _mm256_slli_epi16(b1, 6)), b2);
+  const __m256i is2 = _mm256_cvtepi8_epi16(lead2);
+  const __m256i is3 = _mm256_cvtepi8_epi16(lead3);
+  // Three-byte sequences must not be overlong (below U+0800) nor surrogates.
+  const __m256i top = _mm256_and_si256(v3, _mm256_set1_epi16(static_cast<short>(0xF800)));
+  const __m256i bad = _mm256_and_si256(
+      is3, _mm256_or_si256(_mm256_cmpeq_epi16(top, _mm256_setzero_si256()),
+                           _mm256_cmpeq_epi16(top, _mm256_set1_epi16(static_cast<short>(0xD800)))));
+
+  // The first position where something is wrong: a byte that is none of the
+  // four kinds, a continuation byte missing or not wanted, a bad three-byte
+  // value. A character that reaches into it (or past the window) is left out.
+  const auto wantedBits = static_cast<unsigned>(_mm_movemask_epi8(wanted));
+  const unsigned wrong = (~static_cast<unsigned>(_mm_movemask_epi8(known)) & 0xFFFFu) |
+                         (static_cast<unsigned>(_mm_movemask_epi8(_mm_xor_si128(cont, wanted)))) |
+                         _pext_u32(static_cast<unsigned>(_mm256_movemask_epi8(bad)), 0x55555555u) |
+                         0x10000u;
+  const unsigned first = static_cast<unsigned>(__builtin_ctz(wrong));
+  // Leads of characters that do not end before `first`: that is, a wanted
+  // continuation at `first` (from a lead one or two bytes back).
+  const auto m2 = static_cast<unsigned>(_mm_movemask_epi8(lead2));
+  const auto m3 = static_cast<unsigned>(_mm_movemask_epi8(lead3));
+  unsigned length = first;
+  if ((wantedBits >> first) & 1u) {
+    length = (((m2 | m3) >> (first - 1)) & 1u) ? first - 1 : first - 2;
+  } else if (first == 16) {
+    // The window's end: the same for a character cut there.
+    if ((m3 & 0x4000u) != 0) {
+      length = 14;
+    } else if (((m2 | m3) & 0x8000u) != 0) {
+      length = 15;
+    }
+  }
+  if (length == 0) return 0;
+
+  const __m256i v = _mm256_blendv_epi8(_mm256_blendv_epi8(b0, v2, is2), v3, is3);
+  const unsigned keep = ~static_cast<unsigned>(_mm_movemask_epi8(cont)) & ((1u << length) - 1);
+  const LaneCompaction& low = kLaneCompactions[keep & 0xFFu];
+  const LaneCompaction& high = kLaneCompactions[keep >> 8];
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(dst),
+                   _mm_shuffle_epi8(_mm256_castsi256_si128(v),
+                                    _mm_load_si128(reinterpret_cast<const __m128i*>(low.shuffle))));
+  dst += low.count;
+  _mm_storeu_si128(
+      reinterpret_cast<__m128i*>(dst),
+      _mm_shuffle_epi8(_mm256_extracti128_si256(v, 1),
+                       _mm_load_si128(reinterpret_cast<const __m128i*>(high.shuffle))));
+  dst += high.count;
+  return static_cast<int>(length);
+}
+
+// After the ASCII loop: one window, or the scalar step for one character.
+TOV_TARGET_AVX2 inline void Utf8WindowOrStep(const unsigned char*& src, const unsigned char* end,
+                                             unsigned short*& dst) {
+  if (end - src >= 16) {
+    const int used = Utf8Window(src, dst);
+    if (used != 0) {
+      src += used;
+      return;
+    }
+  }
+  Utf8To16Step(src, end, dst);
+}
+
+// --- UTF-16 → UTF-8 ------------------------------------------------------------
+
+// The eight units at `src`. Without surrogates among them, writes their UTF-8
+// bytes at `dst` (and scratch values up to 28 bytes on), advances `dst` and
+// returns true; otherwise returns false and writes nothing.
+TOV_TARGET_AVX2 inline bool Utf16Window(const unsigned short* src, unsigned char*& dst) {
+  const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src));
+  const __m128i surrogate =
+      _mm_cmpeq_epi16(_mm_and_si128(units, _mm_set1_epi16(static_cast<short>(0xF800))),
+                      _mm_set1_epi16(static_cast<short>(0xD800)));
+  if (!_mm_testz_si128(surrogate, surrogate)) return false;
+  const __m256i w = _mm256_cvtepu16_epi32(units);
+  const __m256i two = _mm256_cmpgt_epi32(w, _mm256_set1_epi32(0x7F));
+  const __m256i three = _mm256_cmpgt_epi32(w, _mm256_set1_epi32(0x7FF));
+  const __m256i mark = _mm256_set1_epi32(0x80);
+  const __m256i low6 = _mm256_or_si256(_mm256_and_si256(w, _mm256_set1_epi32(0x3F)), mark);
+  const __m256i mid6 =
+      _mm256_or_si256(_mm256_and_si256(_mm256_srli_epi32(w, 6), _mm256_set1_epi32(0x3F)), mark);
+  const __m256i w2 =
+      _mm256_or_si256(_mm256_or_si256(_mm256_srli_epi32(w, 6), _mm256_set1_epi32(0xC0)),
+                      _mm256_slli_epi32(low6, 8));
+  const __m256i w3 = _mm256_or_si256(
+      _mm256_or_si256(_mm256_or_si256(_mm256_srli_epi32(w, 12), _mm256_set1_epi32(0xE0)),
+                      _mm256_slli_epi32(mid6, 8)),
+      _mm256_slli_epi32(low6, 16));
+  const __m256i v = _mm256_blendv_epi8(_mm256_blendv_epi8(w, w2, two), w3, three);
+  const unsigned m2 = static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(two)));
+  const unsigned m3 = static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(three)));
+  const BytePacking& low = kBytePackings[(m2 & 0xFu) | ((m3 & 0xFu) << 4)];
+  const BytePacking& high = kBytePackings[(m2 >> 4) | ((m3 >> 4) << 4)];
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(dst),
+                   _mm_shuffle_epi8(_mm256_castsi256_si128(v),
+                                    _mm_load_si128(reinterpret_cast<const __m128i*>(low.shuffle))));
+  dst += low.count;
+  _mm_storeu_si128(
+      reinterpret_cast<__m128i*>(dst),
+      _mm_shuffle_epi8(_mm256_extracti128_si256(v, 1),
+                       _mm_load_si128(reinterpret_cast<const __m128i*>(high.shuffle))));
+  dst += high.count;
+  return true;
+}
+
+TOV_TARGET_AVX2 inline void Utf16WindowOrSteps(const unsigned short*& src,
+                                               const unsigned short* end,
+                                               const unsigned short* limit, unsigned char*& dst) {
+  if (end - src >= 8 && Utf16Window(src, dst)) {
+    src += 8;
+    return;
+  }
+  const unsigned short* const resume = src + 8;
+  do {
+    Utf16To8Step(src, end, dst);
+  } while (src < resume && src < limit);
+}
+
+}  // namespace
+
+// --- AVX2 ------------------------------------------------------------------------
+
+TOV_TARGET_AVX2 void Utf8To16Avx2(const unsigned char*& src, const unsigned char* end,
+                                  unsigned short*& dst, bool final) {
+  const unsigned char* const limit = StartLimit(src, end, final, 4);
+  while (src < limit) {
+    while (end - src >= 32) {
+      const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src));
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst),
+                          _mm256_cvtepu8_epi16(_mm256_castsi256_si128(x)));
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + 16),
+                          _mm256_cvtepu8_epi16(_mm256_extracti128_si256(x, 1)));
+      const auto high = static_cast<unsigned>(_mm256_movemask_epi8(x));
+      if (high != 0) {
+        // The ASCII bytes before the first other one are done.
+        const int ascii = __builtin_ctz(high);
+        src += ascii;
+        dst += ascii;
+        break;
+      }
+      src += 32;
+      dst += 32;
+    }
+    if (src >= limit) break;
+    Utf8WindowOrStep(src, end, dst);
+  }
+}
+
+TOV_TARGET_AVX2 void Utf16To8Avx2(const unsigned short*& src, const unsigned short* end,
+                                  unsigned char*& dst, bool final) {
+  const unsigned short* const limit = StartLimit(src, end, final, 2);
+  const __m256i nonAscii = _mm256_set1_epi16(static_cast<short>(0xFF80));
+  while (src < limit) {
+    while (end - src >= 32) {
+      const __m256i a = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src));
+      const __m256i b = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src + 16));
+      if (!_mm256_testz_si256(_mm256_or_si256(a, b), nonAscii)) break;
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst),
+                          _mm256_permute4x64_epi64(_mm256_packus_epi16(a, b), 0xD8));
+      src += 32;
+      dst += 32;
+    }
+    if (src >= limit) break;
+    Utf16WindowOrSteps(src, end, limit, dst);
+  }
+}
+
+// --- AVX-512 -----------------------------------------------------------------------
+
+TOV_TARGET_AVX512 void Utf8To16Avx512(const unsigned char*& src, const unsigned char* end,
+                                      unsigned short*& dst, bool final) {
+  const unsigned char* const limit = StartLimit(src, end, final, 4);
+  while (src < limit) {
+    while (end - src >= 64) {
+      const __m512i x = _mm512_loadu_si512(src);
+      _mm512_storeu_si512(dst, _mm512_cvtepu8_epi16(_mm512_castsi512_si256(x)));
+      _mm512_storeu_si512(dst + 32, _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(x, 1)));
+      const std::uint64_t high = _mm512_movepi8_mask(x);
+      if (high != 0) {
+        const int ascii = __builtin_ctzll(high);
+        src += ascii;
+        dst += ascii;
+        break;
+      }
+      src += 64;
+      dst += 64;
+    }
+    if (src >= limit) break;
+    Utf8WindowOrStep(src, end, dst);
+  }
+}
+
+TOV_TARGET_AVX512 void Utf16To8Avx512(const unsigned short*& src, const unsigned short* end,
+                                      unsigned char*& dst, bool final) {
+  const unsigned short* const limit = StartLimit(src, end, final, 2);
+  const __m512i nonAscii = _mm512_set1_epi16(static_cast<short>(0xFF80));
+  while (src < limit) {
+    while (end - src >= 64) {
+      const __m512i a = _mm512_loadu_si512(src);
+      const __m512i b = _mm512_loadu_si512(src + 32);
+      if (_mm512_test_epi16_mask(_mm512_or_si512(a, b), nonAscii) != 0) break;
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst), _mm512_cvtepi16_epi8(a));
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + 32), _mm512_cvtepi16_epi8(b));
+      src += 64;
+      dst += 64;
+    }
+    if (src >= limit) break;
+    Utf16WindowOrSteps(src, end, limit, dst);
+  }
+}
+
+}  // namespace basalt::utf
+
+#endif  // __x86_64__
