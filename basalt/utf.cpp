@@ -130,7 +130,11 @@ UTF16String UTF8to16(const char* text, std::size_t length) {
   return out;
 }
 
-UTF16String UTF8to16(std::string_view text) { return UTF8to16(text.data(), text.size()); }
+UTF16String UTF8to16(std::string_view text) {
+  UTF16String out;
+  utf::UTF8to16Into(utf::ActiveKernels(), text.data(), text.size(), out);
+  return out;
+}
 
 UTF8String UTF16to8(const unsigned short* text, std::size_t length) {
   UTF8String out;
@@ -138,7 +142,11 @@ UTF8String UTF16to8(const unsigned short* text, std::size_t length) {
   return out;
 }
 
-UTF8String UTF16to8(UTF16StringView text) { return UTF16to8(text.data(), text.size()); }
+UTF8String UTF16to8(UTF16StringView text) {
+  UTF8String out;
+  utf::UTF16to8Into(utf::ActiveKernels(), text.data(), text.size(), out);
+  return out;
+}
 
 UTF16String AsciiToUTF16(const char* text, std::size_t length) {
   UTF16String out(length, 0);

@@ -64,9 +64,10 @@ void Utf16To8Avx512(const unsigned short*& src, const unsigned short* end, unsig
 inline bool IsContinuation(unsigned char byte) { return (byte & 0xC0u) == 0x80u; }
 
 // Converts the one character that starts at `src` (src < end), or the maximal
-// ill-formed subsequence there into one U+FFFD.
-inline void Utf8To16Step(const unsigned char*& src, const unsigned char* end,
-                         unsigned short*& dst) {
+// ill-formed subsequence there into one U+FFFD. Always inlined: it is the
+// scalar kernel's loop body.
+[[gnu::always_inline]] inline void Utf8To16Step(const unsigned char*& src, const unsigned char* end,
+                                                unsigned short*& dst) {
   const unsigned char lead = *src;
   if (lead < 0x80) {
     *dst++ = lead;
@@ -129,8 +130,8 @@ inline void Utf8To16Step(const unsigned char*& src, const unsigned char* end,
 
 // Converts the code unit at `src` (src < end), with the next one when the two
 // are a surrogate pair; an unpaired surrogate becomes U+FFFD.
-inline void Utf16To8Step(const unsigned short*& src, const unsigned short* end,
-                         unsigned char*& dst) {
+[[gnu::always_inline]] inline void Utf16To8Step(const unsigned short*& src,
+                                                const unsigned short* end, unsigned char*& dst) {
   std::uint32_t cp = *src++;
   if (cp < 0x80) {
     *dst++ = static_cast<unsigned char>(cp);

@@ -42,21 +42,31 @@ namespace {
 // of well-formed one- to three-byte characters that starts there and lies
 // wholly inside them. Writes the code units at `dst` (and scratch values up
 // to 16 units on), advances `dst` and returns the bytes converted; 0 when the
-// first character is anything else.
-TOV_TARGET_AVX2 inline int Utf8Window(const unsigned char* src, unsigned short*& dst) {
+// first character is anything else. `ascii` tells whether all 16 were ASCII.
+TOV_TARGET_AVX2 inline unsigned Utf8Window(const unsigned char* src, unsigned short*& dst,
+                                           bool& ascii) {
   const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src));
+  const auto high = static_cast<unsigned>(_mm_movemask_epi8(x));
+  ascii = high == 0;
+  if (ascii) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst), _mm256_cvtepu8_epi16(x));
+    dst += 16;
+    return 16;
+  }
   // Unsigned byte order as signed order, for the range tests.
   const __m128i biased = _mm_xor_si128(x, _mm_set1_epi8(static_cast<char>(0x80)));
-  const __m128i ascii = _mm_cmpgt_epi8(x, _mm_set1_epi8(-1));
   const __m128i cont = _mm_cmpgt_epi8(_mm_set1_epi8(-64), x);                        // 0x80–0xBF
   const __m128i lead2 = _mm_and_si128(_mm_cmpgt_epi8(biased, _mm_set1_epi8(0x41)),   // >= 0xC2
                                       _mm_cmpgt_epi8(_mm_set1_epi8(0x60), biased));  // <= 0xDF
   const __m128i lead3 = _mm_and_si128(_mm_cmpgt_epi8(biased, _mm_set1_epi8(0x5F)),   // >= 0xE0
                                       _mm_cmpgt_epi8(_mm_set1_epi8(0x70), biased));  // <= 0xEF
-  const __m128i known = _mm_or_si128(_mm_or_si128(ascii, cont), _mm_or_si128(lead2, lead3));
   // Continuation bytes exactly where the leads before them want them.
   const __m128i wanted =
       _mm_or_si128(_mm_slli_si128(_mm_or_si128(lead2, lead3), 1), _mm_slli_si128(lead3, 2));
+  const auto contBits = static_cast<unsigned>(_mm_movemask_epi8(cont));
+  const auto m2 = static_cast<unsigned>(_mm_movemask_epi8(lead2));
+  const auto m3 = static_cast<unsigned>(_mm_movemask_epi8(lead3));
+  const auto wantedBits = static_cast<unsigned>(_mm_movemask_epi8(wanted));
 
   const __m256i b0 = _mm256_cvtepu8_epi16(x);
   const __m256i b1 =
@@ -75,59 +85,61 @@ TOV_TARGET_AVX2 inline int Utf8Window(const unsigned char* src, unsigned short*&
       is3, _mm256_or_si256(_mm256_cmpeq_epi16(top, _mm256_setzero_si256()),
                            _mm256_cmpeq_epi16(top, _mm256_set1_epi16(static_cast<short>(0xD800)))));
 
-  // The first position where something is wrong: a byte that is none of the
-  // four kinds, a continuation byte missing or not wanted, a bad three-byte
-  // value. A character that reaches into it (or past the window) is left out.
-  const auto wantedBits = static_cast<unsigned>(_mm_movemask_epi8(wanted));
-  const unsigned wrong = (~static_cast<unsigned>(_mm_movemask_epi8(known)) & 0xFFFFu) |
-                         (static_cast<unsigned>(_mm_movemask_epi8(_mm_xor_si128(cont, wanted)))) |
-                         _pext_u32(static_cast<unsigned>(_mm256_movemask_epi8(bad)), 0x55555555u) |
-                         0x10000u;
-  const unsigned first = static_cast<unsigned>(__builtin_ctz(wrong));
-  // Leads of characters that do not end before `first`: that is, a wanted
-  // continuation at `first` (from a lead one or two bytes back).
-  const auto m2 = static_cast<unsigned>(_mm_movemask_epi8(lead2));
-  const auto m3 = static_cast<unsigned>(_mm_movemask_epi8(lead3));
-  unsigned length = first;
-  if ((wantedBits >> first) & 1u) {
-    length = (((m2 | m3) >> (first - 1)) & 1u) ? first - 1 : first - 2;
-  } else if (first == 16) {
-    // The window's end: the same for a character cut there.
-    if ((m3 & 0x4000u) != 0) {
-      length = 14;
-    } else if (((m2 | m3) & 0x8000u) != 0) {
-      length = 15;
-    }
+  // Positions where something is wrong: a byte of none of the four kinds (a
+  // non-ASCII byte that is neither a continuation nor a lead), a continuation
+  // byte missing or not wanted, a bad three-byte value.
+  const unsigned wrong = (high & ~(contBits | m2 | m3)) | (contBits ^ wantedBits) |
+                         _pext_u32(static_cast<unsigned>(_mm256_movemask_epi8(bad)), 0x55555555u);
+  // A character cut by the window's end is left for the next window.
+  unsigned length = (m3 & 0x4000u) != 0 ? 14 : ((m2 | m3) & 0x8000u) != 0 ? 15 : 16;
+  if (wrong != 0) {
+    // Stop before the first wrong position, and before a character that
+    // reaches into it (a wanted continuation there, from a lead one or two
+    // bytes back).
+    const auto first = static_cast<unsigned>(__builtin_ctz(wrong));
+    unsigned cut = first;
+    if ((wantedBits >> first) & 1u) cut = (((m2 | m3) >> (first - 1)) & 1u) ? first - 1 : first - 2;
+    if (cut < length) length = cut;
+    if (length == 0) return 0;
   }
-  if (length == 0) return 0;
 
   const __m256i v = _mm256_blendv_epi8(_mm256_blendv_epi8(b0, v2, is2), v3, is3);
-  const unsigned keep = ~static_cast<unsigned>(_mm_movemask_epi8(cont)) & ((1u << length) - 1);
-  const LaneCompaction& low = kLaneCompactions[keep & 0xFFu];
-  const LaneCompaction& high = kLaneCompactions[keep >> 8];
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(dst),
-                   _mm_shuffle_epi8(_mm256_castsi256_si128(v),
-                                    _mm_load_si128(reinterpret_cast<const __m128i*>(low.shuffle))));
-  dst += low.count;
+  const unsigned keep = ~contBits & ((1u << length) - 1);
   _mm_storeu_si128(
       reinterpret_cast<__m128i*>(dst),
-      _mm_shuffle_epi8(_mm256_extracti128_si256(v, 1),
-                       _mm_load_si128(reinterpret_cast<const __m128i*>(high.shuffle))));
-  dst += high.count;
-  return static_cast<int>(length);
+      _mm_shuffle_epi8(_mm256_castsi256_si128(v), _mm_load_si128(reinterpret_cast<const __m128i*>(
+                                                      kLaneCompactions[keep & 0xFFu].shuffle))));
+  dst += __builtin_popcount(keep & 0xFFu);
+  _mm_storeu_si128(
+      reinterpret_cast<__m128i*>(dst),
+      _mm_shuffle_epi8(
+          _mm256_extracti128_si256(v, 1),
+          _mm_load_si128(reinterpret_cast<const __m128i*>(kLaneCompactions[keep >> 8].shuffle))));
+  dst += __builtin_popcount(keep >> 8);
+  return length;
 }
 
-// After the ASCII loop: one window, or the scalar step for one character.
-TOV_TARGET_AVX2 inline void Utf8WindowOrStep(const unsigned char*& src, const unsigned char* end,
-                                             unsigned short*& dst) {
-  if (end - src >= 16) {
-    const int used = Utf8Window(src, dst);
-    if (used != 0) {
-      src += used;
-      return;
+// Text that is not all ASCII: windows while they hold other bytes, the scalar
+// step where a window cannot start, the scalar kernel for the last 15 bytes.
+// Returns false once the piece is done.
+TOV_TARGET_AVX2 inline bool Utf8Windows(const unsigned char*& src, const unsigned char* end,
+                                        const unsigned char* limit, unsigned short*& dst,
+                                        bool final) {
+  for (;;) {
+    if (src >= limit) return false;
+    if (end - src < 16) {
+      Utf8To16Scalar(src, end, dst, final);
+      return false;
     }
+    bool ascii = false;
+    const unsigned used = Utf8Window(src, dst, ascii);
+    if (used == 0) {
+      Utf8To16Step(src, end, dst);
+      continue;
+    }
+    src += used;
+    if (ascii) return true;
   }
-  Utf8To16Step(src, end, dst);
 }
 
 // --- UTF-16 → UTF-8 ------------------------------------------------------------
@@ -137,6 +149,11 @@ TOV_TARGET_AVX2 inline void Utf8WindowOrStep(const unsigned char*& src, const un
 // returns true; otherwise returns false and writes nothing.
 TOV_TARGET_AVX2 inline bool Utf16Window(const unsigned short* src, unsigned char*& dst) {
   const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src));
+  if (_mm_testz_si128(units, _mm_set1_epi16(static_cast<short>(0xFF80)))) {
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(dst), _mm_packus_epi16(units, units));
+    dst += 8;
+    return true;
+  }
   const __m128i surrogate =
       _mm_cmpeq_epi16(_mm_and_si128(units, _mm_set1_epi16(static_cast<short>(0xF800))),
                       _mm_set1_epi16(static_cast<short>(0xD800)));
@@ -172,10 +189,18 @@ TOV_TARGET_AVX2 inline bool Utf16Window(const unsigned short* src, unsigned char
   return true;
 }
 
+// Text that is not all ASCII: windows of eight units, the scalar steps over
+// the next eight where a window holds a surrogate, the scalar kernel for the
+// last seven units.
 TOV_TARGET_AVX2 inline void Utf16WindowOrSteps(const unsigned short*& src,
                                                const unsigned short* end,
-                                               const unsigned short* limit, unsigned char*& dst) {
-  if (end - src >= 8 && Utf16Window(src, dst)) {
+                                               const unsigned short* limit, unsigned char*& dst,
+                                               bool final) {
+  if (end - src < 8) {
+    Utf16To8Scalar(src, end, dst, final);
+    return;
+  }
+  if (Utf16Window(src, dst)) {
     src += 8;
     return;
   }
@@ -192,7 +217,7 @@ TOV_TARGET_AVX2 inline void Utf16WindowOrSteps(const unsigned short*& src,
 TOV_TARGET_AVX2 void Utf8To16Avx2(const unsigned char*& src, const unsigned char* end,
                                   unsigned short*& dst, bool final) {
   const unsigned char* const limit = StartLimit(src, end, final, 4);
-  while (src < limit) {
+  do {
     while (end - src >= 32) {
       const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src));
       _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst),
@@ -210,9 +235,7 @@ TOV_TARGET_AVX2 void Utf8To16Avx2(const unsigned char*& src, const unsigned char
       src += 32;
       dst += 32;
     }
-    if (src >= limit) break;
-    Utf8WindowOrStep(src, end, dst);
-  }
+  } while (Utf8Windows(src, end, limit, dst, final));
 }
 
 TOV_TARGET_AVX2 void Utf16To8Avx2(const unsigned short*& src, const unsigned short* end,
@@ -230,7 +253,7 @@ TOV_TARGET_AVX2 void Utf16To8Avx2(const unsigned short*& src, const unsigned sho
       dst += 32;
     }
     if (src >= limit) break;
-    Utf16WindowOrSteps(src, end, limit, dst);
+    Utf16WindowOrSteps(src, end, limit, dst, final);
   }
 }
 
@@ -239,7 +262,7 @@ TOV_TARGET_AVX2 void Utf16To8Avx2(const unsigned short*& src, const unsigned sho
 TOV_TARGET_AVX512 void Utf8To16Avx512(const unsigned char*& src, const unsigned char* end,
                                       unsigned short*& dst, bool final) {
   const unsigned char* const limit = StartLimit(src, end, final, 4);
-  while (src < limit) {
+  do {
     while (end - src >= 64) {
       const __m512i x = _mm512_loadu_si512(src);
       _mm512_storeu_si512(dst, _mm512_cvtepu8_epi16(_mm512_castsi512_si256(x)));
@@ -254,9 +277,7 @@ TOV_TARGET_AVX512 void Utf8To16Avx512(const unsigned char*& src, const unsigned 
       src += 64;
       dst += 64;
     }
-    if (src >= limit) break;
-    Utf8WindowOrStep(src, end, dst);
-  }
+  } while (Utf8Windows(src, end, limit, dst, final));
 }
 
 TOV_TARGET_AVX512 void Utf16To8Avx512(const unsigned short*& src, const unsigned short* end,
@@ -274,7 +295,7 @@ TOV_TARGET_AVX512 void Utf16To8Avx512(const unsigned short*& src, const unsigned
       dst += 64;
     }
     if (src >= limit) break;
-    Utf16WindowOrSteps(src, end, limit, dst);
+    Utf16WindowOrSteps(src, end, limit, dst, final);
   }
 }
 
