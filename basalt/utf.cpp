@@ -16,40 +16,12 @@ namespace utf {
 
 void Utf8To16Scalar(const unsigned char*& src, const unsigned char* end, unsigned short*& dst,
                     bool final) {
-  const unsigned char* const limit = StartLimit(src, end, final, 4);
-  while (src < limit) {
-    // ASCII runs, eight bytes at a time.
-    while (end - src >= 8) {
-      std::uint64_t block;
-      std::memcpy(&block, src, 8);
-      if ((block & 0x8080808080808080ull) != 0) break;
-      for (int i = 0; i < 8; ++i) dst[i] = src[i];
-      dst += 8;
-      src += 8;
-    }
-    if (src >= limit) break;
-    Utf8To16Step(src, end, dst);
-  }
+  Utf8To16Loop(src, end, dst, final);
 }
 
 void Utf16To8Scalar(const unsigned short*& src, const unsigned short* end, unsigned char*& dst,
                     bool final) {
-  const unsigned short* const limit = StartLimit(src, end, final, 2);
-  while (src < limit) {
-    while (end - src >= 4) {
-      std::uint64_t block;
-      std::memcpy(&block, src, 8);
-      if ((block & 0xFF80FF80FF80FF80ull) != 0) break;
-      dst[0] = static_cast<unsigned char>(src[0]);
-      dst[1] = static_cast<unsigned char>(src[1]);
-      dst[2] = static_cast<unsigned char>(src[2]);
-      dst[3] = static_cast<unsigned char>(src[3]);
-      dst += 4;
-      src += 4;
-    }
-    if (src >= limit) break;
-    Utf16To8Step(src, end, dst);
-  }
+  Utf16To8Loop(src, end, dst, final);
 }
 
 const Kernels& KernelsFor(tov::platform::SimdLevel level) {
@@ -80,6 +52,11 @@ namespace {
 constexpr std::size_t kPieceBytes = 4096;  // UTF-8 → UTF-16
 constexpr std::size_t kPieceUnits = 2048;  // UTF-16 → UTF-8
 
+// Shorter texts take the scalar kernel, writing straight into the result:
+// below these lengths a vector kernel's set-up costs more than it saves.
+constexpr std::size_t kShortBytes = 64;
+constexpr std::size_t kShortUnits = 48;
+
 const Kernels& ActiveKernels() {
   static const Kernels& kernels = KernelsFor(tov::platform::TextSimdLevel());
   return kernels;
@@ -87,13 +64,15 @@ const Kernels& ActiveKernels() {
 
 }  // namespace
 
-void UTF8to16Into(const Kernels& kernels, const char* text, std::size_t length, UTF16String& out) {
-  out.clear();
-  if (length == 0) return;
+namespace {
+
+// Texts longer than the short ones: piece by piece through a buffer on the
+// stack (kept out of the short path's frame).
+[[gnu::noinline]] void PiecesUtf8To16(const Kernels& kernels, const unsigned char* src,
+                                      const unsigned char* end, UTF16String& out) {
   unsigned short buffer[kPieceBytes + kKernelSlack];
-  const auto* src = reinterpret_cast<const unsigned char*>(text);
-  const unsigned char* const end = src + length;
   // A UTF-8 text never needs more code units than it has bytes.
+  const auto length = static_cast<std::size_t>(end - src);
   if (length > kPieceBytes) out.reserve(length);
   while (src < end) {
     const bool final = static_cast<std::size_t>(end - src) <= kPieceBytes;
@@ -104,14 +83,11 @@ void UTF8to16Into(const Kernels& kernels, const char* text, std::size_t length, 
   }
 }
 
-void UTF16to8Into(const Kernels& kernels, const unsigned short* text, std::size_t length,
-                  UTF8String& out) {
-  out.clear();
-  if (length == 0) return;
+[[gnu::noinline]] void PiecesUtf16To8(const Kernels& kernels, const unsigned short* src,
+                                      const unsigned short* end, UTF8String& out) {
   unsigned char buffer[3 * kPieceUnits + kKernelSlack];
-  const unsigned short* src = text;
-  const unsigned short* const end = text + length;
   // At most three bytes per code unit (a surrogate pair gives four for two).
+  const auto length = static_cast<std::size_t>(end - src);
   if (length > kPieceUnits) out.reserve(3 * length);
   while (src < end) {
     const bool final = static_cast<std::size_t>(end - src) <= kPieceUnits;
@@ -120,6 +96,38 @@ void UTF16to8Into(const Kernels& kernels, const unsigned short* text, std::size_
     kernels.toUtf8(src, pieceEnd, dst, final);
     out.append(reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(dst - buffer));
   }
+}
+
+}  // namespace
+
+void UTF8to16Into(const Kernels& kernels, const char* text, std::size_t length, UTF16String& out) {
+  out.clear();
+  if (length == 0) return;
+  const auto* src = reinterpret_cast<const unsigned char*>(text);
+  if (length >= kShortBytes) {
+    PiecesUtf8To16(kernels, src, src + length, out);
+    return;
+  }
+  // The scalar loop writes nothing beyond what it converts.
+  out.resize(length);
+  unsigned short* dst = out.data();
+  Utf8To16Loop(src, src + length, dst, true);
+  out.resize(static_cast<std::size_t>(dst - out.data()));
+}
+
+void UTF16to8Into(const Kernels& kernels, const unsigned short* text, std::size_t length,
+                  UTF8String& out) {
+  out.clear();
+  if (length == 0) return;
+  const unsigned short* src = text;
+  if (length >= kShortUnits) {
+    PiecesUtf16To8(kernels, src, src + length, out);
+    return;
+  }
+  out.resize(3 * length);
+  auto* dst = reinterpret_cast<unsigned char*>(out.data());
+  Utf16To8Loop(src, src + length, dst, true);
+  out.resize(static_cast<std::size_t>(dst - reinterpret_cast<unsigned char*>(out.data())));
 }
 
 }  // namespace utf

@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "basalt/strings.h"
 #include "platform/cpu.h"
@@ -166,6 +167,46 @@ inline const Unit* StartLimit(const Unit* src, const Unit* end, bool final,
                               std::ptrdiff_t longest) {
   if (final) return end;
   return end - src >= longest ? end - (longest - 1) : src;
+}
+
+// The scalar kernels' loops, inlined where short texts are converted.
+[[gnu::always_inline]] inline void Utf8To16Loop(const unsigned char*& src, const unsigned char* end,
+                                                unsigned short*& dst, bool final) {
+  const unsigned char* const limit = StartLimit(src, end, final, 4);
+  while (src < limit) {
+    // ASCII runs, eight bytes at a time.
+    while (end - src >= 8) {
+      std::uint64_t block;
+      std::memcpy(&block, src, 8);
+      if ((block & 0x8080808080808080ull) != 0) break;
+      for (int i = 0; i < 8; ++i) dst[i] = src[i];
+      dst += 8;
+      src += 8;
+    }
+    if (src >= limit) break;
+    Utf8To16Step(src, end, dst);
+  }
+}
+
+[[gnu::always_inline]] inline void Utf16To8Loop(const unsigned short*& src,
+                                                const unsigned short* end, unsigned char*& dst,
+                                                bool final) {
+  const unsigned short* const limit = StartLimit(src, end, final, 2);
+  while (src < limit) {
+    while (end - src >= 4) {
+      std::uint64_t block;
+      std::memcpy(&block, src, 8);
+      if ((block & 0xFF80FF80FF80FF80ull) != 0) break;
+      dst[0] = static_cast<unsigned char>(src[0]);
+      dst[1] = static_cast<unsigned char>(src[1]);
+      dst[2] = static_cast<unsigned char>(src[2]);
+      dst[3] = static_cast<unsigned char>(src[3]);
+      dst += 4;
+      src += 4;
+    }
+    if (src >= limit) break;
+    Utf16To8Step(src, end, dst);
+  }
 }
 
 }  // namespace basalt::utf
