@@ -98,63 +98,75 @@ namespace {
   }
 }
 
-}  // namespace
-
-void UTF8to16Into(const Kernels& kernels, const char* text, std::size_t length, UTF16String& out) {
-  out.clear();
-  if (length == 0) return;
+// Short texts: the scalar loop straight into the result, which it never
+// writes beyond.
+[[gnu::always_inline]] inline void ShortUtf8To16(const char* text, std::size_t length,
+                                                 UTF16String& out) {
   const auto* src = reinterpret_cast<const unsigned char*>(text);
-  if (length >= kShortBytes) {
-    PiecesUtf8To16(kernels, src, src + length, out);
-    return;
-  }
-  // The scalar loop writes nothing beyond what it converts.
   out.resize(length);
   unsigned short* dst = out.data();
   Utf8To16Loop(src, src + length, dst, true);
   out.resize(static_cast<std::size_t>(dst - out.data()));
 }
 
+[[gnu::always_inline]] inline void ShortUtf16To8(const unsigned short* text, std::size_t length,
+                                                 UTF8String& out) {
+  out.resize(3 * length);
+  auto* dst = reinterpret_cast<unsigned char*>(out.data());
+  Utf16To8Loop(text, text + length, dst, true);
+  out.resize(static_cast<std::size_t>(dst - reinterpret_cast<unsigned char*>(out.data())));
+}
+
+}  // namespace
+
+void UTF8to16Into(const Kernels& kernels, const char* text, std::size_t length, UTF16String& out) {
+  out.clear();
+  if (length == 0) return;
+  if (length < kShortBytes) {
+    ShortUtf8To16(text, length, out);
+    return;
+  }
+  const auto* src = reinterpret_cast<const unsigned char*>(text);
+  PiecesUtf8To16(kernels, src, src + length, out);
+}
+
 void UTF16to8Into(const Kernels& kernels, const unsigned short* text, std::size_t length,
                   UTF8String& out) {
   out.clear();
   if (length == 0) return;
-  const unsigned short* src = text;
-  if (length >= kShortUnits) {
-    PiecesUtf16To8(kernels, src, src + length, out);
+  if (length < kShortUnits) {
+    ShortUtf16To8(text, length, out);
     return;
   }
-  out.resize(3 * length);
-  auto* dst = reinterpret_cast<unsigned char*>(out.data());
-  Utf16To8Loop(src, src + length, dst, true);
-  out.resize(static_cast<std::size_t>(dst - reinterpret_cast<unsigned char*>(out.data())));
+  PiecesUtf16To8(kernels, text, text + length, out);
 }
 
 }  // namespace utf
 
+// Short texts never ask for the kernels.
 UTF16String UTF8to16(const char* text, std::size_t length) {
   UTF16String out;
-  utf::UTF8to16Into(utf::ActiveKernels(), text, length, out);
+  if (length < utf::kShortBytes) {
+    if (length != 0) utf::ShortUtf8To16(text, length, out);
+  } else {
+    utf::UTF8to16Into(utf::ActiveKernels(), text, length, out);
+  }
   return out;
 }
 
-UTF16String UTF8to16(std::string_view text) {
-  UTF16String out;
-  utf::UTF8to16Into(utf::ActiveKernels(), text.data(), text.size(), out);
-  return out;
-}
+UTF16String UTF8to16(std::string_view text) { return UTF8to16(text.data(), text.size()); }
 
 UTF8String UTF16to8(const unsigned short* text, std::size_t length) {
   UTF8String out;
-  utf::UTF16to8Into(utf::ActiveKernels(), text, length, out);
+  if (length < utf::kShortUnits) {
+    if (length != 0) utf::ShortUtf16To8(text, length, out);
+  } else {
+    utf::UTF16to8Into(utf::ActiveKernels(), text, length, out);
+  }
   return out;
 }
 
-UTF8String UTF16to8(UTF16StringView text) {
-  UTF8String out;
-  utf::UTF16to8Into(utf::ActiveKernels(), text.data(), text.size(), out);
-  return out;
-}
+UTF8String UTF16to8(UTF16StringView text) { return UTF16to8(text.data(), text.size()); }
 
 UTF16String AsciiToUTF16(const char* text, std::size_t length) {
   UTF16String out(length, 0);
