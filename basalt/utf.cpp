@@ -24,8 +24,9 @@ void Utf16To8Scalar(const unsigned short*& src, const unsigned short* end, unsig
   Utf16To8Loop(src, end, dst, final);
 }
 
+constexpr Kernels kScalarKernels{Utf8To16Scalar, Utf16To8Scalar};
+
 const Kernels& KernelsFor(tov::platform::SimdLevel level) {
-  static constexpr Kernels kScalar{Utf8To16Scalar, Utf16To8Scalar};
 #if defined(__x86_64__)
   static constexpr Kernels kAvx2{Utf8To16Avx2, Utf16To8Avx2};
   static constexpr Kernels kAvx512{Utf8To16Avx512, Utf16To8Avx512};
@@ -40,7 +41,7 @@ const Kernels& KernelsFor(tov::platform::SimdLevel level) {
 #else
   (void)level;
 #endif
-  return kScalar;
+  return kScalarKernels;
 }
 
 namespace {
@@ -143,30 +144,34 @@ void UTF16to8Into(const Kernels& kernels, const unsigned short* text, std::size_
 
 }  // namespace utf
 
-// Short texts never ask for the kernels.
+// Short texts never ask for the kernel level (their path ignores the kernels).
 UTF16String UTF8to16(const char* text, std::size_t length) {
   UTF16String out;
-  if (length < utf::kShortBytes) {
-    if (length != 0) utf::ShortUtf8To16(text, length, out);
-  } else {
-    utf::UTF8to16Into(utf::ActiveKernels(), text, length, out);
-  }
+  utf::UTF8to16Into(length < utf::kShortBytes ? utf::kScalarKernels : utf::ActiveKernels(), text,
+                    length, out);
   return out;
 }
 
-UTF16String UTF8to16(std::string_view text) { return UTF8to16(text.data(), text.size()); }
+UTF16String UTF8to16(std::string_view text) {
+  UTF16String out;
+  utf::UTF8to16Into(text.size() < utf::kShortBytes ? utf::kScalarKernels : utf::ActiveKernels(),
+                    text.data(), text.size(), out);
+  return out;
+}
 
 UTF8String UTF16to8(const unsigned short* text, std::size_t length) {
   UTF8String out;
-  if (length < utf::kShortUnits) {
-    if (length != 0) utf::ShortUtf16To8(text, length, out);
-  } else {
-    utf::UTF16to8Into(utf::ActiveKernels(), text, length, out);
-  }
+  utf::UTF16to8Into(length < utf::kShortUnits ? utf::kScalarKernels : utf::ActiveKernels(), text,
+                    length, out);
   return out;
 }
 
-UTF8String UTF16to8(UTF16StringView text) { return UTF16to8(text.data(), text.size()); }
+UTF8String UTF16to8(UTF16StringView text) {
+  UTF8String out;
+  utf::UTF16to8Into(text.size() < utf::kShortUnits ? utf::kScalarKernels : utf::ActiveKernels(),
+                    text.data(), text.size(), out);
+  return out;
+}
 
 UTF16String AsciiToUTF16(const char* text, std::size_t length) {
   UTF16String out(length, 0);
