@@ -10,6 +10,10 @@
 //   characters, surrogate pairs, unpaired surrogates as U+FFFD) into bytes of
 //   0x80 and above, which the filter drops; so filtering the code units
 //   directly keeps exactly the same characters in the same order.
+//
+// The line layout and the lenient decoding live here; whole lines of output
+// and the clean stretches of input go to the kernels of the processor's level
+// (text/base64_internal.h), whose scalar versions are below.
 #include <array>
 #include <bit>
 #include <cstring>
