@@ -323,10 +323,11 @@ TEST(TextSimdDispatch, LevelIsTheProcessorsUnlessForcedScalar) {
   std::printf("text conversions: %s (processor: %s)\n", tov::platform::SimdLevelName(level),
               tov::platform::SimdLevelName(tov::platform::ProcessorSimdLevel()));
 #if defined(TOV_FORCE_SCALAR)
-  EXPECT_EQ(level, SimdLevel::kScalar);
+  const bool built = true;
 #else
-  EXPECT_EQ(level, scalar ? SimdLevel::kScalar : tov::platform::ProcessorSimdLevel());
+  const bool built = false;
 #endif
+  EXPECT_EQ(level, built || scalar ? SimdLevel::kScalar : tov::platform::ProcessorSimdLevel());
 }
 
 // --- ten million random inputs per path --------------------------------------------
