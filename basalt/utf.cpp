@@ -53,11 +53,6 @@ namespace {
 constexpr std::size_t kPieceBytes = 4096;  // UTF-8 → UTF-16
 constexpr std::size_t kPieceUnits = 2048;  // UTF-16 → UTF-8
 
-// Shorter texts take the scalar kernel, writing straight into the result:
-// below these lengths a vector kernel's set-up costs more than it saves.
-constexpr std::size_t kShortBytes = 64;
-constexpr std::size_t kShortUnits = 48;
-
 const Kernels& ActiveKernels() {
   static const Kernels& kernels = KernelsFor(tov::platform::TextSimdLevel());
   return kernels;

@@ -33,6 +33,12 @@ using Utf8To16Kernel = void (*)(const unsigned char*& src, const unsigned char* 
 using Utf16To8Kernel = void (*)(const unsigned short*& src, const unsigned short* end,
                                 unsigned char*& dst, bool final);
 
+// Texts shorter than these take the scalar loop straight into the result
+// whatever the level: below them a vector kernel's set-up costs more than it
+// saves.
+inline constexpr std::size_t kShortBytes = 64;
+inline constexpr std::size_t kShortUnits = 48;
+
 struct Kernels {
   Utf8To16Kernel toUtf16;
   Utf16To8Kernel toUtf8;

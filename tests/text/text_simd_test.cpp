@@ -556,6 +556,8 @@ TEST(TextSimdBounds, NoLevelReadsOutsideItsInput) {
   UTF8String bytes;
   UTF16String text;
   Bytes decoded;
+  std::vector<unsigned short> scratchUnits(300 + basalt::utf::kKernelSlack);
+  std::vector<unsigned char> scratchBytes(3 * 300 + basalt::utf::kKernelSlack);
   for (SimdLevel level : levels) {
     SCOPED_TRACE(tov::platform::SimdLevelName(level));
     const auto& utf = basalt::utf::KernelsFor(level);
@@ -565,12 +567,22 @@ TEST(TextSimdBounds, NoLevelReadsOutsideItsInput) {
         unsigned char* place = atEnd ? pages.end() - length : pages.begin();
         std::memcpy(place, utf8.data(), length);
         basalt::utf::UTF8to16Into(utf, reinterpret_cast<const char*>(place), length, units);
+        {  // the kernel itself, which short texts do not reach through the conversion
+          const unsigned char* src = place;
+          unsigned short* dst = scratchUnits.data();
+          utf.toUtf16(src, place + length, dst, true);
+        }
         b64::EncodeInto(b64k, place, length, text);
 
         auto* wide =
             reinterpret_cast<unsigned short*>(atEnd ? pages.end() - 2 * length : pages.begin());
         std::memcpy(wide, utf16.data(), 2 * length);
         basalt::utf::UTF16to8Into(utf, wide, length, bytes);
+        {
+          const unsigned short* src = wide;
+          unsigned char* dst = scratchBytes.data();
+          utf.toUtf8(src, wide + length, dst, true);
+        }
         std::memcpy(wide, base64.data(), 2 * length);
         b64::DecodeInto(b64k, wide, length, decoded);
       }
