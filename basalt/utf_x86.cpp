@@ -14,9 +14,9 @@
 // makes the output identical to the scalar kernel's.
 //
 // UTF-16 → UTF-8 takes ASCII 32 (64) units at a time and other text in windows
-// of eight units without surrogates (each unit's one to three bytes built in
-// a 32-bit lane, then packed by a table shuffle); windows with surrogates take
-// the scalar step.
+// of eight units (16 with AVX-512): each unit's one to three bytes are built
+// in a 32-bit lane, then packed by a table shuffle. Surrogates take the scalar
+// step (AVX2: for the window's units; AVX-512: after the units before them).
 #include "basalt/utf_internal.h"
 #include "basalt/utf_simd_tables.h"
 
@@ -308,6 +308,69 @@ TOV_TARGET_AVX2 inline void Utf16WindowOrSteps(const unsigned short*& src,
   } while (src < resume && src < limit);
 }
 
+// Stores the UTF-8 bytes of four units laid out one unit per 32-bit lane
+// (see BytePacking) at `dst` (and scratch values up to 16 bytes on) and
+// advances `dst`.
+TOV_TARGET_AVX2 inline void PackBytes(unsigned char*& dst, __m128i lanes, unsigned key) {
+  const BytePacking& packing = kBytePackings[key];
+  _mm_storeu_si128(
+      reinterpret_cast<__m128i*>(dst),
+      _mm_shuffle_epi8(lanes, _mm_load_si128(reinterpret_cast<const __m128i*>(packing.shuffle))));
+  dst += packing.count;
+}
+
+// The AVX-512 window: 16 units at `src`. Converts the units before the first
+// surrogate among them (all 16 when there is none), writing their bytes at
+// `dst` (and scratch values up to 52 bytes on), advances `dst` and returns
+// how many units it took. `ascii` tells whether all 16 were ASCII.
+TOV_TARGET_AVX512 inline unsigned Utf16Window16(const unsigned short* src, unsigned char*& dst,
+                                                bool& ascii) {
+  const __m256i units = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src));
+  ascii = _mm256_test_epi16_mask(units, _mm256_set1_epi16(static_cast<short>(0xFF80))) == 0;
+  if (ascii) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), _mm256_cvtepi16_epi8(units));
+    dst += 16;
+    return 16;
+  }
+  const unsigned surrogates = _mm256_cmpeq_epi16_mask(
+      _mm256_and_si256(units, _mm256_set1_epi16(static_cast<short>(0xF800))),
+      _mm256_set1_epi16(static_cast<short>(0xD800)));
+  const unsigned count = surrogates != 0 ? static_cast<unsigned>(__builtin_ctz(surrogates)) : 16;
+  if (count == 0) return 0;
+  const __m512i w = _mm512_cvtepu16_epi32(units);
+  const __mmask16 two = _mm512_cmpgt_epu32_mask(w, _mm512_set1_epi32(0x7F));
+  const __mmask16 three = _mm512_cmpgt_epu32_mask(w, _mm512_set1_epi32(0x7FF));
+  const __m512i mark = _mm512_set1_epi32(0x80);
+  const __m512i low6 = _mm512_or_si512(_mm512_and_si512(w, _mm512_set1_epi32(0x3F)), mark);
+  const __m512i mid6 =
+      _mm512_or_si512(_mm512_and_si512(_mm512_srli_epi32(w, 6), _mm512_set1_epi32(0x3F)), mark);
+  const __m512i w2 =
+      _mm512_or_si512(_mm512_or_si512(_mm512_srli_epi32(w, 6), _mm512_set1_epi32(0xC0)),
+                      _mm512_slli_epi32(low6, 8));
+  const __m512i w3 = _mm512_or_si512(
+      _mm512_or_si512(_mm512_or_si512(_mm512_srli_epi32(w, 12), _mm512_set1_epi32(0xE0)),
+                      _mm512_slli_epi32(mid6, 8)),
+      _mm512_slli_epi32(low6, 16));
+  const __m512i v = _mm512_mask_blend_epi32(three, _mm512_mask_blend_epi32(two, w, w2), w3);
+  const unsigned m2 = two;
+  const unsigned m3 = three;
+  unsigned char* const start = dst;
+  const auto key = [&](unsigned group) {
+    return ((m2 >> (4 * group)) & 0xFu) | (((m3 >> (4 * group)) & 0xFu) << 4);
+  };
+  PackBytes(dst, _mm512_castsi512_si128(v), key(0));
+  PackBytes(dst, _mm512_extracti32x4_epi32(v, 1), key(1));
+  PackBytes(dst, _mm512_extracti32x4_epi32(v, 2), key(2));
+  PackBytes(dst, _mm512_extracti32x4_epi32(v, 3), key(3));
+  if (count < 16) {
+    // The bytes of the units before the surrogate are a prefix of those written.
+    const unsigned before = (1u << count) - 1;
+    dst = start + count + static_cast<unsigned>(__builtin_popcount(m2 & before)) +
+          static_cast<unsigned>(__builtin_popcount(m3 & before));
+  }
+  return count;
+}
+
 }  // namespace
 
 // --- AVX2 ------------------------------------------------------------------------
@@ -382,7 +445,7 @@ TOV_TARGET_AVX512 void Utf16To8Avx512(const unsigned short*& src, const unsigned
                                       unsigned char*& dst, bool final) {
   const unsigned short* const limit = StartLimit(src, end, final, 2);
   const __m512i nonAscii = _mm512_set1_epi16(static_cast<short>(0xFF80));
-  while (src < limit) {
+  for (;;) {
     while (end - src >= 64) {
       const __m512i a = _mm512_loadu_si512(src);
       const __m512i b = _mm512_loadu_si512(src + 32);
@@ -392,8 +455,23 @@ TOV_TARGET_AVX512 void Utf16To8Avx512(const unsigned short*& src, const unsigned
       src += 64;
       dst += 64;
     }
-    if (src >= limit) break;
-    Utf16WindowOrSteps(src, end, limit, dst, final);
+    // Windows while they hold other units; the scalar step for a surrogate,
+    // the scalar kernel for the last 15 units.
+    for (;;) {
+      if (src >= limit) return;
+      if (end - src < 16) {
+        Utf16To8Scalar(src, end, dst, final);
+        return;
+      }
+      bool ascii = false;
+      const unsigned used = Utf16Window16(src, dst, ascii);
+      if (used == 0) {
+        Utf16To8Step(src, end, dst);
+        continue;
+      }
+      src += used;
+      if (ascii) break;
+    }
   }
 }
 
