@@ -6,151 +6,167 @@
 #include <cstring>
 #include <system_error>
 
+#include "basalt/utf_internal.h"
+
 namespace basalt {
 
-namespace {
-constexpr unsigned short kReplacement = 0xFFFD;
+namespace utf {
 
-inline bool IsContinuation(unsigned char byte) { return (byte & 0xC0u) == 0x80u; }
+// The scalar kernels: the reference every vector kernel is checked against.
+
+void Utf8To16Scalar(const unsigned char*& src, const unsigned char* end, unsigned short*& dst,
+                    bool final) {
+  Utf8To16Loop(src, end, dst, final);
+}
+
+void Utf16To8Scalar(const unsigned short*& src, const unsigned short* end, unsigned char*& dst,
+                    bool final) {
+  Utf16To8Loop(src, end, dst, final);
+}
+
+constexpr Kernels kScalarKernels{Utf8To16Scalar, Utf16To8Scalar};
+
+const Kernels& KernelsFor(tov::platform::SimdLevel level) {
+#if defined(__x86_64__)
+  static constexpr Kernels kAvx2{Utf8To16Avx2, Utf16To8Avx2};
+  static constexpr Kernels kAvx512{Utf8To16Avx512, Utf16To8Avx512};
+  switch (level) {
+    case tov::platform::SimdLevel::kAvx512:
+      return kAvx512;
+    case tov::platform::SimdLevel::kAvx2:
+      return kAvx2;
+    case tov::platform::SimdLevel::kScalar:
+      break;
+  }
+#else
+  (void)level;
+#endif
+  return kScalarKernels;
+}
+
+namespace {
+
+// Input taken per piece: the piece's output lands in a buffer on the stack
+// (in the first-level cache) and is appended to the result from there, so the
+// result is allocated once, at its final size for texts of up to one piece,
+// and its memory is written once.
+constexpr std::size_t kPieceBytes = 4096;  // UTF-8 → UTF-16
+constexpr std::size_t kPieceUnits = 2048;  // UTF-16 → UTF-8
+
+const Kernels& ActiveKernels() {
+  static const Kernels& kernels = KernelsFor(tov::platform::TextSimdLevel());
+  return kernels;
+}
+
 }  // namespace
 
-UTF16String UTF8to16(const char* text, std::size_t length) {
-  UTF16String out;
-  if (length == 0) return out;
+namespace {
+
+// Texts longer than the short ones: piece by piece through a buffer on the
+// stack (kept out of the short path's frame).
+[[gnu::noinline]] void PiecesUtf8To16(const Kernels& kernels, const unsigned char* src,
+                                      const unsigned char* end, UTF16String& out) {
+  unsigned short buffer[kPieceBytes + kKernelSlack];
   // A UTF-8 text never needs more code units than it has bytes.
+  const auto length = static_cast<std::size_t>(end - src);
+  if (length > kPieceBytes) out.reserve(length);
+  while (src < end) {
+    const bool final = static_cast<std::size_t>(end - src) <= kPieceBytes;
+    const unsigned char* const pieceEnd = final ? end : src + kPieceBytes;
+    unsigned short* dst = buffer;
+    kernels.toUtf16(src, pieceEnd, dst, final);
+    out.append(buffer, static_cast<std::size_t>(dst - buffer));
+  }
+}
+
+[[gnu::noinline]] void PiecesUtf16To8(const Kernels& kernels, const unsigned short* src,
+                                      const unsigned short* end, UTF8String& out) {
+  unsigned char buffer[3 * kPieceUnits + kKernelSlack];
+  // At most three bytes per code unit (a surrogate pair gives four for two).
+  const auto length = static_cast<std::size_t>(end - src);
+  if (length > kPieceUnits) out.reserve(3 * length);
+  while (src < end) {
+    const bool final = static_cast<std::size_t>(end - src) <= kPieceUnits;
+    const unsigned short* const pieceEnd = final ? end : src + kPieceUnits;
+    unsigned char* dst = buffer;
+    kernels.toUtf8(src, pieceEnd, dst, final);
+    out.append(reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(dst - buffer));
+  }
+}
+
+// Short texts: the scalar loop straight into the result, which it never
+// writes beyond.
+[[gnu::always_inline]] inline void ShortUtf8To16(const char* text, std::size_t length,
+                                                 UTF16String& out) {
+  const auto* src = reinterpret_cast<const unsigned char*>(text);
   out.resize(length);
   unsigned short* dst = out.data();
-  const auto* src = reinterpret_cast<const unsigned char*>(text);
-  const unsigned char* const end = src + length;
-  while (src < end) {
-    // ASCII runs, eight bytes at a time.
-    while (end - src >= 8) {
-      std::uint64_t block;
-      std::memcpy(&block, src, 8);
-      if ((block & 0x8080808080808080ull) != 0) break;
-      for (int i = 0; i < 8; ++i) dst[i] = src[i];
-      dst += 8;
-      src += 8;
-    }
-    if (src >= end) break;
-    const unsigned char lead = *src;
-    if (lead < 0x80) {
-      *dst++ = lead;
-      ++src;
-      continue;
-    }
-    // Multi-byte sequences; each maximal ill-formed subpart becomes one U+FFFD.
-    const std::size_t avail = static_cast<std::size_t>(end - src);
-    if (lead >= 0xC2 && lead <= 0xDF) {
-      if (avail >= 2 && IsContinuation(src[1])) {
-        *dst++ = static_cast<unsigned short>(((lead & 0x1Fu) << 6) | (src[1] & 0x3Fu));
-        src += 2;
-      } else {
-        *dst++ = kReplacement;
-        src += 1;
-      }
-      continue;
-    }
-    if (lead >= 0xE0 && lead <= 0xEF) {
-      const unsigned char lo = lead == 0xE0 ? 0xA0 : 0x80;
-      const unsigned char hi = lead == 0xED ? 0x9F : 0xBF;
-      if (avail < 2 || src[1] < lo || src[1] > hi) {
-        *dst++ = kReplacement;
-        src += 1;
-      } else if (avail < 3 || !IsContinuation(src[2])) {
-        *dst++ = kReplacement;
-        src += 2;
-      } else {
-        *dst++ = static_cast<unsigned short>(((lead & 0x0Fu) << 12) | ((src[1] & 0x3Fu) << 6) |
-                                             (src[2] & 0x3Fu));
-        src += 3;
-      }
-      continue;
-    }
-    if (lead >= 0xF0 && lead <= 0xF4) {
-      const unsigned char lo = lead == 0xF0 ? 0x90 : 0x80;
-      const unsigned char hi = lead == 0xF4 ? 0x8F : 0xBF;
-      if (avail < 2 || src[1] < lo || src[1] > hi) {
-        *dst++ = kReplacement;
-        src += 1;
-      } else if (avail < 3 || !IsContinuation(src[2])) {
-        *dst++ = kReplacement;
-        src += 2;
-      } else if (avail < 4 || !IsContinuation(src[3])) {
-        *dst++ = kReplacement;
-        src += 3;
-      } else {
-        const std::uint32_t cp = ((lead & 0x07u) << 18) | ((src[1] & 0x3Fu) << 12) |
-                                 ((src[2] & 0x3Fu) << 6) | (src[3] & 0x3Fu);
-        const std::uint32_t v = cp - 0x10000u;
-        *dst++ = static_cast<unsigned short>(0xD800u + (v >> 10));
-        *dst++ = static_cast<unsigned short>(0xDC00u + (v & 0x3FFu));
-        src += 4;
-      }
-      continue;
-    }
-    // 0x80–0xC1 and 0xF5–0xFF never start a sequence.
-    *dst++ = kReplacement;
-    src += 1;
-  }
+  Utf8To16Loop(src, src + length, dst, true);
   out.resize(static_cast<std::size_t>(dst - out.data()));
+}
+
+[[gnu::always_inline]] inline void ShortUtf16To8(const unsigned short* text, std::size_t length,
+                                                 UTF8String& out) {
+  out.resize(3 * length);
+  auto* dst = reinterpret_cast<unsigned char*>(out.data());
+  Utf16To8Loop(text, text + length, dst, true);
+  out.resize(static_cast<std::size_t>(dst - reinterpret_cast<unsigned char*>(out.data())));
+}
+
+}  // namespace
+
+void UTF8to16Into(const Kernels& kernels, const char* text, std::size_t length, UTF16String& out) {
+  out.clear();
+  if (length == 0) return;
+  if (length < kShortBytes) {
+    ShortUtf8To16(text, length, out);
+    return;
+  }
+  const auto* src = reinterpret_cast<const unsigned char*>(text);
+  PiecesUtf8To16(kernels, src, src + length, out);
+}
+
+void UTF16to8Into(const Kernels& kernels, const unsigned short* text, std::size_t length,
+                  UTF8String& out) {
+  out.clear();
+  if (length == 0) return;
+  if (length < kShortUnits) {
+    ShortUtf16To8(text, length, out);
+    return;
+  }
+  PiecesUtf16To8(kernels, text, text + length, out);
+}
+
+}  // namespace utf
+
+// Short texts never ask for the kernel level (their path ignores the kernels).
+UTF16String UTF8to16(const char* text, std::size_t length) {
+  UTF16String out;
+  utf::UTF8to16Into(length < utf::kShortBytes ? utf::kScalarKernels : utf::ActiveKernels(), text,
+                    length, out);
   return out;
 }
 
-UTF16String UTF8to16(std::string_view text) { return UTF8to16(text.data(), text.size()); }
+UTF16String UTF8to16(std::string_view text) {
+  UTF16String out;
+  utf::UTF8to16Into(text.size() < utf::kShortBytes ? utf::kScalarKernels : utf::ActiveKernels(),
+                    text.data(), text.size(), out);
+  return out;
+}
 
 UTF8String UTF16to8(const unsigned short* text, std::size_t length) {
   UTF8String out;
-  if (length == 0) return out;
-  // At most three bytes per code unit (a surrogate pair gives four for two).
-  out.resize(length * 3);
-  auto* dst = reinterpret_cast<unsigned char*>(out.data());
-  const unsigned short* src = text;
-  const unsigned short* const end = text + length;
-  while (src < end) {
-    while (end - src >= 4) {
-      std::uint64_t block;
-      std::memcpy(&block, src, 8);
-      if ((block & 0xFF80FF80FF80FF80ull) != 0) break;
-      dst[0] = static_cast<unsigned char>(src[0]);
-      dst[1] = static_cast<unsigned char>(src[1]);
-      dst[2] = static_cast<unsigned char>(src[2]);
-      dst[3] = static_cast<unsigned char>(src[3]);
-      dst += 4;
-      src += 4;
-    }
-    if (src >= end) break;
-    std::uint32_t cp = *src++;
-    if (cp < 0x80) {
-      *dst++ = static_cast<unsigned char>(cp);
-      continue;
-    }
-    if (cp < 0x800) {
-      *dst++ = static_cast<unsigned char>(0xC0u | (cp >> 6));
-      *dst++ = static_cast<unsigned char>(0x80u | (cp & 0x3Fu));
-      continue;
-    }
-    if (cp >= 0xD800 && cp <= 0xDFFF) {
-      if (cp <= 0xDBFF && src < end && *src >= 0xDC00 && *src <= 0xDFFF) {
-        cp = 0x10000u + ((cp - 0xD800u) << 10) + (*src - 0xDC00u);
-        ++src;
-        *dst++ = static_cast<unsigned char>(0xF0u | (cp >> 18));
-        *dst++ = static_cast<unsigned char>(0x80u | ((cp >> 12) & 0x3Fu));
-        *dst++ = static_cast<unsigned char>(0x80u | ((cp >> 6) & 0x3Fu));
-        *dst++ = static_cast<unsigned char>(0x80u | (cp & 0x3Fu));
-        continue;
-      }
-      cp = kReplacement;
-    }
-    *dst++ = static_cast<unsigned char>(0xE0u | (cp >> 12));
-    *dst++ = static_cast<unsigned char>(0x80u | ((cp >> 6) & 0x3Fu));
-    *dst++ = static_cast<unsigned char>(0x80u | (cp & 0x3Fu));
-  }
-  out.resize(static_cast<std::size_t>(dst - reinterpret_cast<unsigned char*>(out.data())));
+  utf::UTF16to8Into(length < utf::kShortUnits ? utf::kScalarKernels : utf::ActiveKernels(), text,
+                    length, out);
   return out;
 }
 
-UTF8String UTF16to8(UTF16StringView text) { return UTF16to8(text.data(), text.size()); }
+UTF8String UTF16to8(UTF16StringView text) {
+  UTF8String out;
+  utf::UTF16to8Into(text.size() < utf::kShortUnits ? utf::kScalarKernels : utf::ActiveKernels(),
+                    text.data(), text.size(), out);
+  return out;
+}
 
 UTF16String AsciiToUTF16(const char* text, std::size_t length) {
   UTF16String out(length, 0);

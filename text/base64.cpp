@@ -10,14 +10,19 @@
 //   characters, surrogate pairs, unpaired surrogates as U+FFFD) into bytes of
 //   0x80 and above, which the filter drops; so filtering the code units
 //   directly keeps exactly the same characters in the same order.
+//
+// The line layout and the lenient decoding live here; whole lines of output
+// and the clean stretches of input go to the kernels of the processor's level
+// (text/base64_internal.h), whose scalar versions are below.
 #include <array>
 #include <bit>
 #include <cstring>
 #include <stdexcept>
 
+#include "text/base64_internal.h"
 #include "tovfoundation/text.h"
 
-namespace Halyard {
+namespace tov::text::base64 {
 
 namespace {
 
@@ -97,7 +102,8 @@ inline unsigned short* EmitLine(unsigned short* dst, const unsigned char* src) {
 // Output is produced in a small buffer and appended to the result in pieces,
 // so the result's memory is written once (sizing a string first fills it).
 constexpr std::size_t kLineUnits = kGroupsPerLine * 4 + 2;
-constexpr std::size_t kEncodeChunkLines = 32;
+constexpr std::size_t kLineBytes = kGroupsPerLine * 3;
+constexpr std::size_t kEncodeChunkLines = 64;
 
 // Decoding tables, one per place in a group: for each ASCII character, its
 // 6-bit value already placed where it lands in the group's three output bytes
@@ -132,23 +138,78 @@ constexpr PlacedTables MakePlacedTables() {
 }
 constexpr PlacedTables kPlaced = MakePlacedTables();
 
-constexpr std::size_t kDecodeChunk = 3 * 1024;
+constexpr std::size_t kDecodeChunk = 8 * 1024;
 
 // Writes the three bytes of a group, and one byte of garbage after them, with
 // a single store.
 inline void StoreGroup(unsigned char* dst, std::uint32_t word) { std::memcpy(dst, &word, 4); }
 
+const Kernels& ActiveKernels() {
+  static const Kernels& kernels = KernelsFor(tov::platform::TextSimdLevel());
+  return kernels;
+}
+
 }  // namespace
 
-UTF16String Encode(const std::vector<unsigned char>& bytes) {
-  const std::size_t n = bytes.size();
-  if (n == 0) return UTF16String();
+unsigned short* EncodeLinesScalar(const unsigned char* src, std::size_t lines,
+                                  unsigned short* dst) {
+  for (std::size_t line = 0; line < lines; ++line) dst = EmitLine(dst, src + line * kLineBytes);
+  return dst;
+}
+
+void DecodeCleanScalar(const unsigned short*& src, const unsigned short* end, unsigned char*& dst,
+                       const unsigned char* limit) {
+  // Four alphabet characters in a row (no pad, nothing dropped) are the next
+  // group; a CRLF between groups is skipped on the way.
+  while (end - src >= 4 && dst < limit) {
+    const unsigned short a = src[0];
+    const unsigned short b = src[1];
+    const unsigned short c = src[2];
+    const unsigned short d = src[3];
+    if (((a | b | c | d) & 0xFF80u) != 0) break;
+    const std::uint32_t word =
+        kPlaced.place[0][a] | kPlaced.place[1][b] | kPlaced.place[2][c] | kPlaced.place[3][d];
+    if ((word & kSpecial) != 0) {
+      if (a == u'\r' && b == u'\n') {
+        src += 2;
+        continue;
+      }
+      break;
+    }
+    StoreGroup(dst, word);
+    dst += 3;
+    src += 4;
+  }
+}
+
+const Kernels& KernelsFor(tov::platform::SimdLevel level) {
+  static constexpr Kernels kScalar{EncodeLinesScalar, DecodeCleanScalar};
+#if defined(__x86_64__)
+  static constexpr Kernels kAvx2{EncodeLinesAvx2, DecodeCleanAvx2};
+  static constexpr Kernels kAvx512{EncodeLinesAvx512, DecodeCleanAvx512};
+  switch (level) {
+    case tov::platform::SimdLevel::kAvx512:
+      return kAvx512;
+    case tov::platform::SimdLevel::kAvx2:
+      return kAvx2;
+    case tov::platform::SimdLevel::kScalar:
+      break;
+  }
+#else
+  (void)level;
+#endif
+  return kScalar;
+}
+
+void EncodeInto(const Kernels& kernels, const unsigned char* bytes, std::size_t n,
+                UTF16String& out) {
+  out.clear();
+  if (n == 0) return;
   // The walk's index is 32 bits wide: beyond that it would never end.
   if (n > 0xFFFFFFFFu) throw std::length_error("string too long");
 
   const std::size_t groups = (n + 2) / 3;
   const std::size_t lineBreaks = (groups - 1) / kGroupsPerLine + 1;
-  UTF16String out;
   out.reserve(groups * 4 + lineBreaks * 2);
 
   unsigned short chunk[kEncodeChunkLines * kLineUnits];
@@ -159,7 +220,7 @@ UTF16String Encode(const std::vector<unsigned char>& bytes) {
     dst = chunk;
   };
 
-  const unsigned char* src = bytes.data();
+  const unsigned char* src = bytes;
   const std::size_t fullGroups = n / 3;
   std::size_t group = 0;
   if (fullGroups > 0) {
@@ -167,9 +228,17 @@ UTF16String Encode(const std::vector<unsigned char>& bytes) {
     dst = EmitLineBreak(EmitGroup(dst, src));
     group = 1;
     // Then lines of 19 groups, each ending at an offset that is a multiple of 57.
-    for (; group + kGroupsPerLine <= fullGroups; group += kGroupsPerLine) {
-      if (chunkEnd - dst < static_cast<std::ptrdiff_t>(kLineUnits)) flush();
-      dst = EmitLine(dst, src + group * 3);
+    std::size_t lines = (fullGroups - group) / kGroupsPerLine;
+    while (lines > 0) {
+      std::size_t room = static_cast<std::size_t>(chunkEnd - dst) / kLineUnits;
+      if (room == 0) {
+        flush();
+        room = kEncodeChunkLines;
+      }
+      const std::size_t now = lines < room ? lines : room;
+      dst = kernels.encodeLines(src + group * 3, now, dst);
+      group += now * kGroupsPerLine;
+      lines -= now;
     }
     // Fewer than 19 full groups remain; none starts at a multiple of 57.
     if (chunkEnd - dst < static_cast<std::ptrdiff_t>(kLineUnits)) flush();
@@ -187,12 +256,12 @@ UTF16String Encode(const std::vector<unsigned char>& bytes) {
     if (group % kGroupsPerLine == 0) dst = EmitLineBreak(dst);
   }
   flush();
-  return out;
 }
 
-std::vector<unsigned char> Decode(const UTF16String& text) {
-  const std::size_t length = text.size();
-  const unsigned short* src = text.data();
+void DecodeInto(const Kernels& kernels, const unsigned short* text, std::size_t length,
+                std::vector<unsigned char>& out) {
+  out.clear();
+  const unsigned short* src = text;
   const unsigned short* const end = src + length;
   if (length > 0xFFFFFFFFu) {
     // The group index is 32 bits wide; count what the filter would keep.
@@ -201,11 +270,10 @@ std::vector<unsigned char> Decode(const UTF16String& text) {
     if (kept > 0xFFFFFFFFu) throw std::length_error("vector<T> too long");
   }
 
-  std::vector<unsigned char> out;
   out.reserve((length + 3) / 4 * 3);
-  // Every write is preceded by a flush once kDecodeChunk bytes are used; the
-  // spare bytes take a group's three and StoreGroup's fourth.
-  unsigned char chunk[kDecodeChunk + 4];
+  // The kernels stop once kDecodeChunk bytes are used and may write scratch
+  // bytes beyond; the slow path flushes before a group when the chunk is full.
+  unsigned char chunk[kDecodeChunk + kDecodeSlack];
   unsigned char* dst = chunk;
   const auto flush = [&] {
     out.insert(out.end(), chunk, dst);
@@ -213,27 +281,11 @@ std::vector<unsigned char> Decode(const UTF16String& text) {
   };
 
   for (;;) {
-    // Fast path: four alphabet characters in a row (no pad, nothing dropped)
-    // are the next group; a CRLF between groups is skipped on the way.
-    while (end - src >= 4) {
-      const unsigned short a = src[0];
-      const unsigned short b = src[1];
-      const unsigned short c = src[2];
-      const unsigned short d = src[3];
-      if (((a | b | c | d) & 0xFF80u) != 0) break;
-      const std::uint32_t word =
-          kPlaced.place[0][a] | kPlaced.place[1][b] | kPlaced.place[2][c] | kPlaced.place[3][d];
-      if ((word & kSpecial) != 0) {
-        if (a == u'\r' && b == u'\n') {
-          src += 2;
-          continue;
-        }
-        break;
-      }
-      if (dst >= chunk + kDecodeChunk) flush();
-      StoreGroup(dst, word);
-      dst += 3;
-      src += 4;
+    // Fast path: the kernel takes the clean groups and the CRLFs between them.
+    kernels.decodeClean(src, end, dst, chunk + kDecodeChunk);
+    if (dst >= chunk + kDecodeChunk) {
+      flush();
+      continue;
     }
     // Slow path: gather the next four kept characters one by one. A short last
     // group is completed with "A" (value 0, not a pad).
@@ -251,18 +303,34 @@ std::vector<unsigned char> Decode(const UTF16String& text) {
     const std::uint32_t b = value(codes[1]);
     const std::uint32_t c = value(codes[2]);
     const std::uint32_t d = value(codes[3]);
-    if (dst >= chunk + kDecodeChunk) flush();
     *dst++ = static_cast<unsigned char>((a << 2) | (b >> 4));
     if (codes[2] != kPadCode) *dst++ = static_cast<unsigned char>((b << 4) | (c >> 2));
     if (codes[3] != kPadCode) *dst++ = static_cast<unsigned char>((c << 6) | d);
     if (gathered < 4) break;
   }
   flush();
-  return out;
+}
+
+}  // namespace tov::text::base64
+
+namespace Halyard {
+
+UTF16String Encode(const std::vector<unsigned char>& bytes) {
+  UTF16String text;
+  tov::text::base64::EncodeInto(tov::text::base64::ActiveKernels(), bytes.data(), bytes.size(),
+                                text);
+  return text;
+}
+
+std::vector<unsigned char> Decode(const UTF16String& text) {
+  std::vector<unsigned char> bytes;
+  tov::text::base64::DecodeInto(tov::text::base64::ActiveKernels(), text.data(), text.size(),
+                                bytes);
+  return bytes;
 }
 
 bool IsBase64(unsigned char character) {
-  return character < 128 && kDecode[character] != kDropCode;
+  return character < 128 && tov::text::base64::kDecode[character] != tov::text::base64::kDropCode;
 }
 
 }  // namespace Halyard
