@@ -22,16 +22,10 @@
 
 #if defined(__x86_64__)
 
-// GCC 12's AVX-512 intrinsics start from deliberately undefined vectors, which
-// its -Wmaybe-uninitialized reports once they are inlined here.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
+// clang-format off
+#include "platform/simd_target.h"  // before the intrinsics: it sets up the diagnostics
 #include <immintrin.h>
-
-#define TOV_TARGET_AVX2 __attribute__((target("avx2,bmi,bmi2,popcnt")))
-#define TOV_TARGET_AVX512 \
-  __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi,avx2,bmi,bmi2,popcnt")))
+// clang-format on
 
 namespace basalt::utf {
 

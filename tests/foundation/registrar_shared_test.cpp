@@ -526,10 +526,11 @@ TEST_F(SharedRegistrar, ControlCharactersAreRefusedOrRoundTripAcrossARestart) {
 
 TEST_F(SharedRegistrar, NulAndNonCharactersAreRefused) {
   Host();
-  const UTF16String texts[] = {UTF16String(1, 0), UTF16String(1, 0xFFFE), UTF16String(1, 0xFFFF)};
-  for (const UTF16String& text : texts) {
+  for (const unsigned short unit : {0x0000, 0xFFFE, 0xFFFF}) {
+    UTF16String folder = u"C:\\Media"_u16;
+    folder.push_back(unit);
     UTF16String file = u"unchanged"_u16;
-    EXPECT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16 + text, UTF16String(), file),
+    EXPECT_EQ(FolderRegistrar::RegisterFolder(folder, UTF16String(), file),
               TOV::kErrRegistryNoCacheFile);
     EXPECT_EQ(file, u"unchanged"_u16);
   }
