@@ -374,7 +374,7 @@ constexpr int kMaxDepth = 1000;
 }
 
 [[noreturn]] void ThrowSystem(PropListError::Kind kind, const char* what, const UTF16String& path) {
-  const std::uint32_t error = tov::platform::GetLastError();
+  const std::uint32_t error = tovimpl::platform::GetLastError();
   UTF8StringStream text;
   text << what << " \"" << UTF16to8(path) << "\" (system error " << error << ")";
   throw PropListError(kind, error, text.str());
@@ -597,7 +597,7 @@ void ReadDict(const pugi::xml_node& dict, PropList& list, int depth) {
 // --- files --------------------------------------------------------------------
 
 std::string ReadWholeFile(const UTF16String& path) {
-  using namespace tov::platform;
+  using namespace tovimpl::platform;
   // Shared for deletion too, so that on Windows another process can replace
   // the file while it is read.
   FileHandle file = CreateFile(path, kGenericRead, kFileShareRead | kFileShareDelete, kOpenExisting,
@@ -700,15 +700,15 @@ void LoadPropList(const UTF16String& path, PropList& list, std::uint32_t /*flags
       ParseInPlace(bytes, list);
     } catch (...) {
       bytes = std::string();
-      if (size >= kLargeFile) tov::platform::ReleaseFreedMemory();
+      if (size >= kLargeFile) tovimpl::platform::ReleaseFreedMemory();
       throw;
     }
   }
-  if (size >= kLargeFile) tov::platform::ReleaseFreedMemory();
+  if (size >= kLargeFile) tovimpl::platform::ReleaseFreedMemory();
 }
 
 void SavePropList(const UTF16String& path, const PropList& list) {
-  using namespace tov::platform;
+  using namespace tovimpl::platform;
   const std::string text = FormatPropList(list);
 
   UTF16StringStream tempName;

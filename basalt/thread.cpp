@@ -5,8 +5,8 @@
 
 namespace basalt {
 
-std::uint32_t GetCurrentThreadID() { return tov::platform::CurrentThreadId(); }
-std::uint32_t GetCurrentProcessID() { return tov::platform::CurrentProcessId(); }
-std::uint32_t GetTickCount() { return tov::platform::TickCountMs(); }
+std::uint32_t GetCurrentThreadID() { return tovimpl::platform::CurrentThreadId(); }
+std::uint32_t GetCurrentProcessID() { return tovimpl::platform::CurrentProcessId(); }
+std::uint32_t GetTickCount() { return tovimpl::platform::TickCountMs(); }
 
 }  // namespace basalt

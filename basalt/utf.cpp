@@ -26,16 +26,16 @@ void Utf16To8Scalar(const unsigned short*& src, const unsigned short* end, unsig
 
 constexpr Kernels kScalarKernels{Utf8To16Scalar, Utf16To8Scalar};
 
-const Kernels& KernelsFor(tov::platform::SimdLevel level) {
+const Kernels& KernelsFor(tovimpl::platform::SimdLevel level) {
 #if defined(__x86_64__)
   static constexpr Kernels kAvx2{Utf8To16Avx2, Utf16To8Avx2};
   static constexpr Kernels kAvx512{Utf8To16Avx512, Utf16To8Avx512};
   switch (level) {
-    case tov::platform::SimdLevel::kAvx512:
+    case tovimpl::platform::SimdLevel::kAvx512:
       return kAvx512;
-    case tov::platform::SimdLevel::kAvx2:
+    case tovimpl::platform::SimdLevel::kAvx2:
       return kAvx2;
-    case tov::platform::SimdLevel::kScalar:
+    case tovimpl::platform::SimdLevel::kScalar:
       break;
   }
 #else
@@ -54,7 +54,7 @@ constexpr std::size_t kPieceBytes = 4096;  // UTF-8 → UTF-16
 constexpr std::size_t kPieceUnits = 2048;  // UTF-16 → UTF-8
 
 const Kernels& ActiveKernels() {
-  static const Kernels& kernels = KernelsFor(tov::platform::TextSimdLevel());
+  static const Kernels& kernels = KernelsFor(tovimpl::platform::TextSimdLevel());
   return kernels;
 }
 

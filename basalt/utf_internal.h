@@ -2,7 +2,7 @@
 // instruction-set level and the one step both directions fall back to.
 //
 // UTF8to16 and UTF16to8 cut their input into pieces, let the kernel of the
-// process's level (tov::platform::TextSimdLevel) convert each piece into a
+// process's level (tovimpl::platform::TextSimdLevel) convert each piece into a
 // buffer on the stack, and append the buffer to the result. The scalar kernel
 // is the reference: every other kernel produces the same code units or bytes
 // for every input, invalid sequences included. Tests and benchmarks reach each
@@ -45,8 +45,8 @@ struct Kernels {
 };
 
 // The kernels of one level. Only call those the processor supports
-// (tov::platform::ProcessorSimdLevel() at or above the level).
-const Kernels& KernelsFor(tov::platform::SimdLevel level);
+// (tovimpl::platform::ProcessorSimdLevel() at or above the level).
+const Kernels& KernelsFor(tovimpl::platform::SimdLevel level);
 
 // UTF8to16 and UTF16to8 with the given kernels, into `out` (its content
 // replaced, its capacity reused).

@@ -105,7 +105,7 @@ void RegisterNewPairs(benchmark::State& state, int pairs) {
     const std::string folder = MakeTempFolder();
     BenchHost host(folder);
     TOVFoundation::Initialize(&host);
-    tov::foundation::ResetRegistryForTesting();
+    tovimpl::foundation::ResetRegistryForTesting();
     state.ResumeTiming();
     for (int i = 0; i < pairs; ++i) {
       UTF16String file;
@@ -115,7 +115,7 @@ void RegisterNewPairs(benchmark::State& state, int pairs) {
       }
     }
     state.PauseTiming();
-    tov::foundation::ResetRegistryForTesting();
+    tovimpl::foundation::ResetRegistryForTesting();
     TOVFoundation::Terminate(&host);
     RemoveFolder(folder);
     state.ResumeTiming();
@@ -129,13 +129,13 @@ void FindOnRegistry(benchmark::State& state, int pairs) {
   // rewrite it 10,000 times); the first FindFolder loads it.
   basalt::proplist::PropList list;
   for (int i = 0; i < pairs; ++i) {
-    list.CreateChild(tov::foundation::RegistrarKey(PairFolder(i), u"Thumbs"_u16))
+    list.CreateChild(tovimpl::foundation::RegistrarKey(PairFolder(i), u"Thumbs"_u16))
         .SetString("CacheFile", "C:\\Cache\\TOVCache1_2_" + std::to_string(i) + ".vpc");
   }
   BenchHost host(folder);
   basalt::proplist::utils::SavePropList(BenchHost::Folder() + u"\\MasterFolderList.xml"_u16, list);
   TOVFoundation::Initialize(&host);
-  tov::foundation::ResetRegistryForTesting();
+  tovimpl::foundation::ResetRegistryForTesting();
   UTF16String file;
   FolderRegistrar::FindFolder(PairFolder(0), u"Thumbs"_u16, file);
 
@@ -150,7 +150,7 @@ void FindOnRegistry(benchmark::State& state, int pairs) {
     next = next + 1 == keys.size() ? 0 : next + 1;
   }
   state.SetItemsProcessed(state.iterations());
-  tov::foundation::ResetRegistryForTesting();
+  tovimpl::foundation::ResetRegistryForTesting();
   TOVFoundation::Terminate(&host);
   RemoveFolder(folder);
 }
@@ -167,7 +167,7 @@ struct LargeList {
   LargeList() {
     basalt::proplist::PropList list;
     for (int i = 0; i < kLargeList; ++i) {
-      list.CreateChild(tov::foundation::RegistrarKey(PairFolder(i), u"Thumbs"_u16))
+      list.CreateChild(tovimpl::foundation::RegistrarKey(PairFolder(i), u"Thumbs"_u16))
           .SetString("CacheFile", basalt::UTF16to8(BenchHost::Folder()) + "\\TOVCache41233_88_" +
                                       std::to_string(1000000 + i) + ".vpc");
     }
@@ -180,10 +180,10 @@ struct LargeList {
   void Activate() {
     host.Answer();
     TOVFoundation::Initialize(&host);
-    tov::foundation::ResetRegistryForTesting();
+    tovimpl::foundation::ResetRegistryForTesting();
   }
   ~LargeList() {
-    tov::foundation::ResetRegistryForTesting();
+    tovimpl::foundation::ResetRegistryForTesting();
     TOVFoundation::Terminate(&host);
     RemoveFolder(folder);
   }

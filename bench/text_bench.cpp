@@ -52,8 +52,8 @@ namespace {
 constexpr std::size_t kKiB = 1024;
 constexpr std::size_t kMiB = 1024 * 1024;
 
-using tov::platform::SimdLevel;
-namespace b64 = tov::text::base64;
+using tovimpl::platform::SimdLevel;
+namespace b64 = tovimpl::text::base64;
 
 std::vector<unsigned char> RandomBytes(std::size_t size) {
   std::mt19937 engine(12345);

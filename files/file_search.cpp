@@ -12,7 +12,7 @@
 
 namespace {
 
-namespace platform = tov::platform;
+namespace platform = tovimpl::platform;
 
 bool IsDotEntry(const UTF16String& name) {
   return (name.size() == 1 && name[0] == '.') ||
@@ -88,9 +88,9 @@ std::uint32_t VUtilsFindFilesFromName(std::vector<char*>& out, const char* folde
   if (folder == nullptr || pattern == nullptr) return 0;
   std::string base = folder;
   if (!base.empty() && base.back() == '\\') base.pop_back();
-  SearchFiles(tov::files::NarrowToLibrary(base), tov::files::NarrowToLibrary(pattern),
+  SearchFiles(tovimpl::files::NarrowToLibrary(base), tovimpl::files::NarrowToLibrary(pattern),
               [&](const UTF16String& name) {
-                const std::string narrowName = tov::files::LibraryToNarrow(name);
+                const std::string narrowName = tovimpl::files::LibraryToNarrow(name);
                 char* entry = new char[narrowName.size() + 10 + base.size() + 1];
                 std::string full = base + "\\" + narrowName;
                 std::memcpy(entry, full.c_str(), full.size() + 1);
@@ -124,14 +124,14 @@ std::uint32_t VUtilsFindFilesFromName(const char* folder, const char* pattern, F
   if (size == nullptr) return 0;
   if (folder == nullptr || pattern == nullptr) return TOV::kErrPathNotFound;
   std::vector<UTF16String> found;
-  const std::uint32_t status = SearchTree(tov::files::NarrowToLibrary(folder),
-                                          tov::files::NarrowToLibrary(pattern), flags, found);
+  const std::uint32_t status = SearchTree(tovimpl::files::NarrowToLibrary(folder),
+                                          tovimpl::files::NarrowToLibrary(pattern), flags, found);
   if (status != 0) return status;
   std::vector<std::string> names;
   names.reserve(found.size());
   std::size_t total = 16 + sizeof(char*) * found.size();
   for (const auto& name : found) {
-    names.push_back(tov::files::LibraryToNarrow(name));
+    names.push_back(tovimpl::files::LibraryToNarrow(name));
     total += names.back().size() + 1;
   }
   if (list != nullptr) {

@@ -11,7 +11,7 @@
 
 namespace {
 
-namespace platform = tov::platform;
+namespace platform = tovimpl::platform;
 
 constexpr std::uint32_t kAttributesUnreadable = 6;
 constexpr std::uint32_t kFileReadAttributes = 0x80;  // access that reads attributes only
@@ -47,7 +47,7 @@ void FileTimeToDateTime(std::uint64_t fileTime, Halyard::VDateTime* out) {
 
 }  // namespace
 
-namespace tov::files {
+namespace tovimpl::files {
 
 bool CreateNewEmptyFile(const UTF16String& path) {
   const platform::FileHandle file =
@@ -58,7 +58,7 @@ bool CreateNewEmptyFile(const UTF16String& path) {
   return true;
 }
 
-}  // namespace tov::files
+}  // namespace tovimpl::files
 
 namespace Halyard {
 namespace FileUtils {
@@ -228,7 +228,7 @@ CFileSpec::~CFileSpec() = default;
 CFileSpec& CFileSpec::operator=(const CFileSpec& /*other*/) { return *this; }
 CFileSpec& CFileSpec::operator=(const WideString& /*path*/) { return *this; }
 CFileSpec& CFileSpec::operator=(const std::string& path) {
-  (void)tov::files::NarrowToLibrary(path);  // converted and discarded, as the interface does
+  (void)tovimpl::files::NarrowToLibrary(path);  // converted and discarded, as the interface does
   return *this;
 }
 
@@ -237,7 +237,7 @@ bool CFileSpec::operator!=(const CFileSpec& other) const { return !(*this == oth
 CFileSpec::operator WideString() const { return mPath; }
 CFileSpec::operator const char16_t*() const { return mPath.c_str(); }
 
-std::string CFileSpec::GetFullPathNameA() const { return tov::files::ReduceToNarrow(mPath); }
+std::string CFileSpec::GetFullPathNameA() const { return tovimpl::files::ReduceToNarrow(mPath); }
 
 WideString CFileSpec::GetTempFileNameW(WideString& /*folder*/, WideString& /*prefix*/) {
   return {};

@@ -6,7 +6,7 @@
 #include "basalt/strings.h"
 #include "tovfoundation/files.h"
 
-namespace tov::files {
+namespace tovimpl::files {
 
 // UTF-16 text reduced to narrow text in the thread's multibyte locale; a
 // character the locale cannot hold becomes '?' (U+0080–U+00FF become one byte
@@ -25,4 +25,4 @@ bool PathIsDirectory(const UTF16String& path);
 // reading; true when made.
 bool CreateNewEmptyFile(const UTF16String& path);
 
-}  // namespace tov::files
+}  // namespace tovimpl::files

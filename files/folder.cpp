@@ -14,7 +14,7 @@
 
 namespace {
 
-namespace platform = tov::platform;
+namespace platform = tovimpl::platform;
 
 bool IsDotEntry(const UTF16String& name) {
   return (name.size() == 1 && name[0] == '.') ||
@@ -27,7 +27,7 @@ bool IsDotEntry(const UTF16String& name) {
 template <class Sink>
 void EnumerateFolder(const UTF16String& folder, Sink&& sink) {
   UTF16String pattern = folder;
-  tov::files::RemoveBackslash(pattern);
+  tovimpl::files::RemoveBackslash(pattern);
   pattern.push_back('\\');
   pattern.push_back('*');
   platform::FindData data{};
@@ -187,8 +187,8 @@ void ListNarrow(const std::string& path, NarrowFileNameList& files,
   folders.clear();
   std::string base = PathUtils::RemoveTrailingslash(path);
   if (base.empty() || base.back() != '\\') base.push_back('\\');
-  EnumerateFolder(tov::files::NarrowToLibrary(path), [&](const UTF16String& name, bool isFolder) {
-    std::string entry = base + tov::files::LibraryToNarrow(name);
+  EnumerateFolder(tovimpl::files::NarrowToLibrary(path), [&](const UTF16String& name, bool isFolder) {
+    std::string entry = base + tovimpl::files::LibraryToNarrow(name);
     if (isFolder) {
       folders.push_back(std::move(entry));
     } else {
@@ -219,7 +219,7 @@ bool Folder::IsFolder(const std::string& path) { return PathUtils::IsFolder(path
 
 bool Folder::CreateOnDisk(const std::string& path) {
   if (PathUtils::ExistsOnDisk(path)) return false;
-  return platform::CreateDirectoryWithParents(tov::files::NarrowToLibrary(path)) == 0;
+  return platform::CreateDirectoryWithParents(tovimpl::files::NarrowToLibrary(path)) == 0;
 }
 
 void Folder::GetContainedFileAndFolderList(NarrowFileNameList& files,

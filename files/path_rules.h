@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <string>
 
-namespace tov::files {
+namespace tovimpl::files {
 
 template <class S>
 struct SplitParts {
@@ -175,4 +175,4 @@ bool StripToRoot(S& path) {
   return true;
 }
 
-}  // namespace tov::files
+}  // namespace tovimpl::files

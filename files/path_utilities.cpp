@@ -67,7 +67,7 @@ constexpr std::size_t kMaxPath = 260;
 
 void SplitPath(const UTF16String& path, unsigned short* drive, unsigned short* folder,
                unsigned short* fileName, unsigned short* extension) {
-  const auto parts = tov::files::Split(path);
+  const auto parts = tovimpl::files::Split(path);
   CopyPiece(parts.drive, drive);
   CopyPiece(parts.folder, folder);
   CopyPiece(parts.fileName, fileName);
@@ -75,51 +75,51 @@ void SplitPath(const UTF16String& path, unsigned short* drive, unsigned short* f
 }
 
 UTF16String TOVGetFileExtension(const UTF16String& path) {
-  return tov::files::Split(path).extension;
+  return tovimpl::files::Split(path).extension;
 }
 
 UTF16String TOVGetFileName(const UTF16String& path) {
-  auto parts = tov::files::Split(path);
+  auto parts = tovimpl::files::Split(path);
   return parts.fileName + parts.extension;
 }
 
-UTF16String TOVGetFileTitle(const UTF16String& path) { return tov::files::Split(path).fileName; }
+UTF16String TOVGetFileTitle(const UTF16String& path) { return tovimpl::files::Split(path).fileName; }
 
-UTF16String TOVGetFolderPath(const UTF16String& path) { return tov::files::Split(path).folder; }
+UTF16String TOVGetFolderPath(const UTF16String& path) { return tovimpl::files::Split(path).folder; }
 
 UTF16String TOVGetFullFolderPath(const UTF16String& path) {
-  auto parts = tov::files::Split(path);
+  auto parts = tovimpl::files::Split(path);
   return parts.drive + parts.folder;
 }
 
 UTF16String TOVGetFolderName(const UTF16String& path) {
   UTF16String folder = TOVGetFolderPath(path);
-  tov::files::RemoveBackslash(folder);
-  tov::files::StripPath(folder);
+  tovimpl::files::RemoveBackslash(folder);
+  tovimpl::files::StripPath(folder);
   return folder;
 }
 
 UTF16String TOVGetRootOrVolume(const UTF16String& path) {
   UTF16String copy = path;
-  if (!tov::files::StripToRoot(copy)) return {};
+  if (!tovimpl::files::StripToRoot(copy)) return {};
   return copy;
 }
 
 UTF16String TOVGetRootOrVolume() {
   using namespace basalt::literals;
-  auto value = tov::platform::GetEnvVar(u"HOMEDRIVE"_u16);
+  auto value = tovimpl::platform::GetEnvVar(u"HOMEDRIVE"_u16);
   if (!value) return {};
   if (value->size() > kMaxPath - 1) value->resize(kMaxPath - 1);
   return *value;
 }
 
-void AddTrailingslash(UTF16String& path) { tov::files::AddBackslash(path); }
+void AddTrailingslash(UTF16String& path) { tovimpl::files::AddBackslash(path); }
 
-void RemoveTrailingslash(UTF16String& path) { tov::files::RemoveBackslash(path); }
+void RemoveTrailingslash(UTF16String& path) { tovimpl::files::RemoveBackslash(path); }
 
 void RemoveExtension(UTF16String& path) {
   if (path.empty()) return;
-  tov::files::RemoveExtension(path);
+  tovimpl::files::RemoveExtension(path);
 }
 
 UTF16String MakePath(const unsigned short* drive, const unsigned short* folder,
@@ -132,7 +132,7 @@ UTF16String MakePath(const unsigned short* drive, const unsigned short* folder,
   } else if (drive == nullptr) {
     UTF16String withSlash = FromUnits(folder, SIZE_MAX);
     AddTrailingslash(withSlash);
-    auto parts = tov::files::Split(withSlash);
+    auto parts = tovimpl::files::Split(withSlash);
     if (!parts.drive.empty()) {
       driveText = parts.drive;
       folderText = parts.folder.substr(0, kPiece);
@@ -147,7 +147,7 @@ UTF16String MakePath(const unsigned short* drive, const unsigned short* folder,
   UTF16String extensionText;
   if (extension == nullptr) {
     if (fileName != nullptr) {
-      auto parts = tov::files::Split(nameText);
+      auto parts = tovimpl::files::Split(nameText);
       if (!parts.extension.empty()) {
         nameText = parts.fileName.substr(0, kPiece);
         extensionText = parts.extension.substr(0, kPiece);
@@ -156,17 +156,17 @@ UTF16String MakePath(const unsigned short* drive, const unsigned short* folder,
   } else {
     extensionText = FromUnits(extension, SIZE_MAX);
   }
-  UTF16String composed = tov::files::Compose(driveText, folderText, nameText, extensionText);
+  UTF16String composed = tovimpl::files::Compose(driveText, folderText, nameText, extensionText);
   if (composed.size() > kMaxPath) composed.resize(kMaxPath);
   return composed;
 }
 
 unsigned char ExistsOnDisk(const UTF16String& path) {
-  return tov::files::PathFileExists(path) ? 1 : 0;
+  return tovimpl::files::PathFileExists(path) ? 1 : 0;
 }
 
 unsigned char IsFolder(const UTF16String& path) {
-  return tov::files::PathIsDirectory(path) ? 1 : 0;
+  return tovimpl::files::PathIsDirectory(path) ? 1 : 0;
 }
 
 unsigned char IsAlias(const UTF16String& /*path*/) { return 0; }
@@ -201,13 +201,13 @@ UTF16String RemovePathNormalization(const UTF16String& path) {
 
 unsigned char IsNormalizedPath(const UTF16String& path) {
   if (path.empty()) return 0;
-  const UTF16String drive = tov::files::Split(path).drive;
+  const UTF16String drive = tovimpl::files::Split(path).drive;
   // An empty drive is found at position 0 too, so this never holds.
   return (path.find(drive) != 0 && path.find(LongPrefix()) == 0) ? 1 : 0;
 }
 
 UTF16String GetModuleName() {
-  UTF16String path = tov::platform::GetModuleFileName();
+  UTF16String path = tovimpl::platform::GetModuleFileName();
   if (path.size() > kMaxPath - 1) path.resize(kMaxPath - 1);
   std::size_t end = path.size();
   std::size_t start = 0;
@@ -224,7 +224,7 @@ UTF16String GetModuleName() {
 }
 
 UTF16String ToPlatformPath(const UTF16String& path) {
-  return tov::platform::ToNativeSpelling(path);
+  return tovimpl::platform::ToNativeSpelling(path);
 }
 
 }  // namespace PathUtilities
@@ -233,8 +233,8 @@ namespace PathUtils {
 
 namespace {
 // Narrow scratch pieces, never truncated.
-tov::files::SplitParts<std::string> SplitNarrow(const std::string& path) {
-  return tov::files::Split(path);
+tovimpl::files::SplitParts<std::string> SplitNarrow(const std::string& path) {
+  return tovimpl::files::Split(path);
 }
 }  // namespace
 
@@ -251,45 +251,45 @@ std::string GetFileTitleW(const std::string& path) { return SplitNarrow(path).fi
 
 std::string GetFolderName(const std::string& path) {
   std::string folder = RemoveTrailingslash(GetFolderPath(path));
-  tov::files::StripPath(folder);
+  tovimpl::files::StripPath(folder);
   return folder;
 }
 
 std::string GetRootOrVolume(const std::string& path) {
   std::string copy = path;
-  tov::files::StripToRoot(copy);
+  tovimpl::files::StripToRoot(copy);
   return copy;
 }
 
 std::string RemoveExtension(const std::string& path) {
   if (path.empty()) return path;
   std::string copy = path;
-  tov::files::RemoveExtension(copy);
+  tovimpl::files::RemoveExtension(copy);
   return copy;
 }
 
 WideString RemoveExtension(const WideString& path) {
   if (path.empty()) return path;
   WideString copy = path;
-  tov::files::RemoveExtension(copy);
+  tovimpl::files::RemoveExtension(copy);
   return copy;
 }
 
 std::string RemoveTrailingslash(const std::string& path) {
   std::string copy = path;
-  tov::files::RemoveBackslash(copy);
+  tovimpl::files::RemoveBackslash(copy);
   return copy;
 }
 
 WideString RemoveTrailingslash(const WideString& path) {
   WideString copy = path;
-  tov::files::RemoveBackslash(copy);
+  tovimpl::files::RemoveBackslash(copy);
   return copy;
 }
 
 void SplitPath(const std::string& path, char* drive, char* folder, char* fileName,
                char* extension) {
-  auto parts = tov::files::Split(path);
+  auto parts = tovimpl::files::Split(path);
   CopyPiece(parts.drive, drive);
   CopyPiece(parts.folder, folder);
   CopyPiece(parts.fileName, fileName);
@@ -298,7 +298,7 @@ void SplitPath(const std::string& path, char* drive, char* folder, char* fileNam
 
 void SplitPath(const WideString& path, char16_t* drive, char16_t* folder, char16_t* fileName,
                char16_t* extension) {
-  auto parts = tov::files::Split(path);
+  auto parts = tovimpl::files::Split(path);
   CopyPiece(parts.drive, drive);
   CopyPiece(parts.folder, folder);
   CopyPiece(parts.fileName, fileName);
@@ -306,20 +306,20 @@ void SplitPath(const WideString& path, char16_t* drive, char16_t* folder, char16
 }
 
 bool ExistsOnDisk(const std::string& path) {
-  return tov::files::PathFileExists(tov::files::NarrowToLibrary(path));
+  return tovimpl::files::PathFileExists(tovimpl::files::NarrowToLibrary(path));
 }
-bool ExistsOnDisk(const WideString& path) { return ExistsOnDisk(tov::files::ReduceToNarrow(path)); }
+bool ExistsOnDisk(const WideString& path) { return ExistsOnDisk(tovimpl::files::ReduceToNarrow(path)); }
 bool IsFolder(const std::string& path) {
-  return tov::files::PathIsDirectory(tov::files::NarrowToLibrary(path));
+  return tovimpl::files::PathIsDirectory(tovimpl::files::NarrowToLibrary(path));
 }
-bool IsFolder(const WideString& path) { return IsFolder(tov::files::ReduceToNarrow(path)); }
+bool IsFolder(const WideString& path) { return IsFolder(tovimpl::files::ReduceToNarrow(path)); }
 bool IsAlias(const std::string& /*path*/) { return false; }
 bool IsAlias(const WideString& /*path*/) { return false; }
 
 }  // namespace PathUtils
 }  // namespace Halyard
 
-namespace tov::files {
+namespace tovimpl::files {
 
 std::string ReduceToNarrow(std::u16string_view text) {
   std::string out;
@@ -352,13 +352,13 @@ UTF16String NarrowToLibrary(const std::string& text) { return basalt::UTF8to16(t
 std::string LibraryToNarrow(const UTF16String& text) { return basalt::UTF16to8(text); }
 
 bool PathFileExists(const UTF16String& path) {
-  return tov::platform::GetFileAttributes(path) != tov::platform::kInvalidFileAttributes;
+  return tovimpl::platform::GetFileAttributes(path) != tovimpl::platform::kInvalidFileAttributes;
 }
 
 bool PathIsDirectory(const UTF16String& path) {
-  const std::uint32_t attributes = tov::platform::GetFileAttributes(path);
-  return attributes != tov::platform::kInvalidFileAttributes &&
-         (attributes & tov::platform::kFileAttributeDirectory) != 0;
+  const std::uint32_t attributes = tovimpl::platform::GetFileAttributes(path);
+  return attributes != tovimpl::platform::kInvalidFileAttributes &&
+         (attributes & tovimpl::platform::kFileAttributeDirectory) != 0;
 }
 
-}  // namespace tov::files
+}  // namespace tovimpl::files

@@ -15,7 +15,7 @@
 
 namespace {
 
-namespace platform = tov::platform;
+namespace platform = tovimpl::platform;
 using namespace basalt::literals;
 
 constexpr std::size_t kMaxPath = 260;
@@ -56,15 +56,15 @@ UTF16String GetAutoFileName(const UTF16String& folder, const UTF16String& prefix
     const std::uint32_t ticks = basalt::GetTickCount();
     text << process << '_' << thread << '_' << ticks;
     candidate = base + basalt::UTF8to16(text.str()) + extension;
-  } while (tov::files::PathFileExists(candidate));
-  if (!tov::files::CreateNewEmptyFile(candidate)) throw UnableToCreateFile();
+  } while (tovimpl::files::PathFileExists(candidate));
+  if (!tovimpl::files::CreateNewEmptyFile(candidate)) throw UnableToCreateFile();
   return candidate;
 }
 
 UTF16String TOVGetTempFolder() {
   UTF16String folder = platform::GetTempPath();
   if (folder.size() > kMaxPath - 1) folder.resize(kMaxPath - 1);
-  if (folder.empty() || !tov::files::PathFileExists(folder)) throw NotAValidFolderPath();
+  if (folder.empty() || !tovimpl::files::PathFileExists(folder)) throw NotAValidFolderPath();
   return folder;
 }
 
@@ -79,7 +79,7 @@ UTF16String TOVGetTempFileName() {
 }
 
 void TOVGetTempFileName(const UTF16String& folder, UTF16String& name) {
-  if (!tov::files::PathFileExists(folder)) throw NotAValidFolderPath();
+  if (!tovimpl::files::PathFileExists(folder)) throw NotAValidFolderPath();
   UTF16String created;
   if (platform::GetTempFileName(folder, name, &created) == 0) throw UnableToGetTempFileName();
   name = created;
@@ -94,7 +94,7 @@ UTF16String TOVGetPreferencesFolder() {
   } else {
     folder = platform::FromNativeSpelling(EnvOrEmpty(u"HOME"));
   }
-  if (!tov::files::PathFileExists(folder)) throw TOVNotAValidFolderPathException();
+  if (!tovimpl::files::PathFileExists(folder)) throw TOVNotAValidFolderPathException();
   return folder;
 }
 
@@ -113,7 +113,7 @@ unsigned char TOVMoveFile(const UTF16String& source, const UTF16String& target) 
 }
 
 unsigned char TOVDeleteFile(const UTF16String& path) {
-  if (!tov::files::PathFileExists(path)) return 1;
+  if (!tovimpl::files::PathFileExists(path)) return 1;
   if (platform::DeleteFile(path)) return 1;
   return platform::GetLastError() == platform::kErrorSuccess ? 1 : 0;
 }
@@ -127,7 +127,7 @@ unsigned char TOVMoveToTrash(const UTF16String& path) {
 namespace PathUtils {
 
 std::string GetTempFolder() {
-  std::string folder = tov::files::LibraryToNarrow(platform::GetTempPath());
+  std::string folder = tovimpl::files::LibraryToNarrow(platform::GetTempPath());
   if (folder.size() > kMaxPath - 1) folder.resize(kMaxPath - 1);
   if (!ExistsOnDisk(folder)) throw TOVNotAValidFolderPathException();
   return folder;
@@ -136,10 +136,10 @@ std::string GetTempFolder() {
 std::string GetTemporaryFileName() {
   const std::string folder = GetTempFolder();
   UTF16String created;
-  if (platform::GetTempFileName(tov::files::NarrowToLibrary(folder), u"_TOV_"_u16, &created) == 0) {
+  if (platform::GetTempFileName(tovimpl::files::NarrowToLibrary(folder), u"_TOV_"_u16, &created) == 0) {
     return {};
   }
-  return tov::files::LibraryToNarrow(created);
+  return tovimpl::files::LibraryToNarrow(created);
 }
 
 }  // namespace PathUtils

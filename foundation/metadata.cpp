@@ -5,7 +5,7 @@
 #include "basalt/utf.h"
 #include "tovfoundation/foundation.h"
 
-namespace tov {
+namespace tovimpl {
 
 const UTF8String kMetadataKeyDateModified = "DateModified";
 
@@ -85,4 +85,4 @@ std::uint32_t FolderMetadataSearch::GetFileList(const UTF16String& /*folder*/,
   return 0;
 }
 
-}  // namespace tov
+}  // namespace tovimpl

@@ -10,7 +10,7 @@
 #include "platform/sync.h"
 #include "tovfoundation/foundation.h"
 
-namespace tov::foundation {
+namespace tovimpl::foundation {
 
 namespace {
 
@@ -47,11 +47,11 @@ Halyard::VWaitResultType WaitResultFromPlatform(std::uint32_t result) {
   }
 }
 
-}  // namespace tov::foundation
+}  // namespace tovimpl::foundation
 
 namespace Halyard {
 
-namespace platform = tov::platform;
+namespace platform = tovimpl::platform;
 
 HINSTANCE TOVLoadLibrary(const char* fileName, void* /*reserved*/, std::uint32_t flags) {
   if (fileName == nullptr) return nullptr;
@@ -73,8 +73,8 @@ void* TOVGetProcAddress(HINSTANCE module, const char* name) {
 
 void* TOVLoadResource(HINSTANCE module, UTF16String& type) {
   const UTF8String typeName = basalt::UTF16to8(type);
-  tov::foundation::FirstPipl recorded;
-  platform::EnumResourceNames(module, typeName.c_str(), tov::foundation::TakeFirstPipl,
+  tovimpl::foundation::FirstPipl recorded;
+  platform::EnumResourceNames(module, typeName.c_str(), tovimpl::foundation::TakeFirstPipl,
                               reinterpret_cast<std::intptr_t>(&recorded));
   if (!recorded.found) return nullptr;
   // Looked up by the low 16 bits of the name, as an integer identifier.
@@ -114,7 +114,7 @@ void WaitableObject::Signal() { platform::SetEvent(static_cast<platform::EventHa
 VWaitResultType WaitableObject::WaitForSignal(std::int32_t milliseconds) {
   const std::uint32_t result = platform::WaitForSingleObject(
       static_cast<platform::EventHandle>(mEvent), static_cast<std::uint32_t>(milliseconds));
-  return tov::foundation::WaitResultFromPlatform(result);
+  return tovimpl::foundation::WaitResultFromPlatform(result);
 }
 
 }  // namespace Halyard

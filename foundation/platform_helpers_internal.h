@@ -5,10 +5,10 @@
 
 #include "tovfoundation/foundation.h"
 
-namespace tov::foundation {
+namespace tovimpl::foundation {
 
 // The wait result for a WaitForSingleObject answer: 0 ⇒ kVWaitSignaled,
 // 258 ⇒ kVWaitTimedOut, anything else ⇒ kVWaitFailed.
 Halyard::VWaitResultType WaitResultFromPlatform(std::uint32_t result);
 
-}  // namespace tov::foundation
+}  // namespace tovimpl::foundation

@@ -32,7 +32,7 @@
 #include "tovfoundation/files.h"
 #include "tovfoundation/foundation.h"
 
-namespace tov::foundation {
+namespace tovimpl::foundation {
 
 namespace {
 
@@ -451,13 +451,13 @@ void ResetRegistryForTesting() {
   old.reset();
 }
 
-}  // namespace tov::foundation
+}  // namespace tovimpl::foundation
 
 namespace FolderRegistrar {
 
-using tov::foundation::GetRegistry;
-using tov::foundation::RegistrarKey;
-using tov::foundation::RegistrarLock;
+using tovimpl::foundation::GetRegistry;
+using tovimpl::foundation::RegistrarKey;
+using tovimpl::foundation::RegistrarLock;
 
 std::uint32_t Initialize() {
   std::lock_guard<std::recursive_mutex> lock(RegistrarLock());
@@ -470,12 +470,12 @@ std::uint32_t RegisterFolder(const UTF16String& folder, const UTF16String& name,
   auto& registry = GetRegistry();
   const UTF8String key = RegistrarKey(folder, name);
   registry.Report().refusal.clear();
-  if (tov::foundation::Refuse(registry, key, "the folder or name")) {
+  if (tovimpl::foundation::Refuse(registry, key, "the folder or name")) {
     return TOV::kErrRegistryNoCacheFile;
   }
   UTF16String recorded;
   if (const auto* known = registry.FindChild(key);
-      known != nullptr && known->GetString(tov::foundation::kCacheFileKey, recorded)) {
+      known != nullptr && known->GetString(tovimpl::foundation::kCacheFileKey, recorded)) {
     cacheFile = recorded;
     return 0;
   }
@@ -489,7 +489,7 @@ std::uint32_t RegisterFolder(const UTF16String& folder, const UTF16String& name,
       registry.MarkChanged();
     }
     UTF16String existing;
-    if (child->GetString(tov::foundation::kCacheFileKey, existing)) {
+    if (child->GetString(tovimpl::foundation::kCacheFileKey, existing)) {
       cacheFile = existing;
       return 0;
     }
@@ -502,11 +502,11 @@ std::uint32_t RegisterFolder(const UTF16String& folder, const UTF16String& name,
       return TOV::kErrRegistryNoCacheFile;
     }
     if (made.empty()) return TOV::kErrRegistryNoCacheFile;
-    if (tov::foundation::Refuse(registry, basalt::UTF16to8(made), "the cache file's path")) {
+    if (tovimpl::foundation::Refuse(registry, basalt::UTF16to8(made), "the cache file's path")) {
       Halyard::PathUtilities::TOVDeleteFile(made);
       return TOV::kErrRegistryNoCacheFile;
     }
-    child->SetString(tov::foundation::kCacheFileKey, made);
+    child->SetString(tovimpl::foundation::kCacheFileKey, made);
     registry.MarkChanged();
     // The assignment stands even when the list cannot be written now; the
     // report tells why.
@@ -523,7 +523,7 @@ std::uint32_t FindFolder(const UTF16String& folder, const UTF16String& name,
   const UTF8String key = RegistrarKey(folder, name);
   const auto lookUp = [&] {
     const basalt::proplist::PropList* child = registry.FindChild(key);
-    return child != nullptr && child->GetString(tov::foundation::kCacheFileKey, cacheFile);
+    return child != nullptr && child->GetString(tovimpl::foundation::kCacheFileKey, cacheFile);
   };
   if (lookUp()) return 0;
   // Another process may have registered it since this one read the list.
@@ -538,7 +538,7 @@ std::uint32_t UnRegisterFolder(const UTF16String& /*folder*/, const UTF16String&
 
 ListReport GetListReport() {
   std::lock_guard<std::recursive_mutex> lock(RegistrarLock());
-  tov::foundation::Registry* registry = tov::foundation::ExistingRegistry();
+  tovimpl::foundation::Registry* registry = tovimpl::foundation::ExistingRegistry();
   return registry != nullptr ? registry->Report() : ListReport();
 }
 

@@ -3,7 +3,7 @@
 
 #include "basalt/strings.h"
 
-namespace tov::foundation {
+namespace tovimpl::foundation {
 
 // The registry key of a (folder, name) pair: the folder with one trailing
 // '\' removed, in UTF-8, then "#" and the name when the name is not empty.
@@ -14,4 +14,4 @@ UTF8String RegistrarKey(const UTF16String& folder, const UTF16String& name);
 // For tests that need several first uses in one process.
 void ResetRegistryForTesting();
 
-}  // namespace tov::foundation
+}  // namespace tovimpl::foundation

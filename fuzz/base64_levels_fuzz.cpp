@@ -15,15 +15,15 @@
 
 namespace {
 
-using tov::platform::SimdLevel;
-namespace b64 = tov::text::base64;
+using tovimpl::platform::SimdLevel;
+namespace b64 = tovimpl::text::base64;
 
 void CheckEncode(const unsigned char* bytes, std::size_t n) {
   UTF16String expected;
   UTF16String actual;
   b64::EncodeInto(b64::KernelsFor(SimdLevel::kScalar), bytes, n, expected);
   for (SimdLevel level : {SimdLevel::kAvx2, SimdLevel::kAvx512}) {
-    if (tov::platform::ProcessorSimdLevel() < level) break;
+    if (tovimpl::platform::ProcessorSimdLevel() < level) break;
     b64::EncodeInto(b64::KernelsFor(level), bytes, n, actual);
     if (actual != expected) std::abort();
   }
@@ -34,7 +34,7 @@ void CheckDecode(const UTF16String& text) {
   std::vector<unsigned char> actual;
   b64::DecodeInto(b64::KernelsFor(SimdLevel::kScalar), text.data(), text.size(), expected);
   for (SimdLevel level : {SimdLevel::kAvx2, SimdLevel::kAvx512}) {
-    if (tov::platform::ProcessorSimdLevel() < level) break;
+    if (tovimpl::platform::ProcessorSimdLevel() < level) break;
     b64::DecodeInto(b64::KernelsFor(level), text.data(), text.size(), actual);
     if (actual != expected) std::abort();
   }

@@ -81,7 +81,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   (void)Halyard::PathUtils::GetFileTitleW(narrow);
 
   // The listing's name matcher, the first half as pattern.
-  (void)tov::platform::MatchesPattern(path.substr(0, path.size() / 2),
+  (void)tovimpl::platform::MatchesPattern(path.substr(0, path.size() / 2),
                                       path.substr(path.size() / 2));
   return 0;
 }

@@ -35,11 +35,11 @@ std::vector<UTF16String> Segments(const std::uint8_t* data, std::size_t size) {
 void CheckCore(const UTF16String& templ, const std::vector<UTF16String>& args) {
   std::uint32_t measured = 0;
   const std::uint32_t first =
-      tov::text::ReplaceWithTexts(templ.c_str(), nullptr, &measured, args.data(), args.size());
+      tovimpl::text::ReplaceWithTexts(templ.c_str(), nullptr, &measured, args.data(), args.size());
   std::vector<unsigned short> out(std::size_t{measured} + 1, 0xAAAA);
   std::uint32_t filled = 0;
   const std::uint32_t second =
-      tov::text::ReplaceWithTexts(templ.c_str(), out.data(), &filled, args.data(), args.size());
+      tovimpl::text::ReplaceWithTexts(templ.c_str(), out.data(), &filled, args.data(), args.size());
   if (first != second || measured != filled) std::abort();
   if (first == 0 && out[measured] != 0) std::abort();
 }

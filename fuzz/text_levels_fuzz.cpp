@@ -14,14 +14,14 @@
 
 namespace {
 
-using tov::platform::SimdLevel;
+using tovimpl::platform::SimdLevel;
 
 void CheckUtf8(const char* text, std::size_t length) {
   UTF16String expected;
   UTF16String actual;
   basalt::utf::UTF8to16Into(basalt::utf::KernelsFor(SimdLevel::kScalar), text, length, expected);
   for (SimdLevel level : {SimdLevel::kAvx2, SimdLevel::kAvx512}) {
-    if (tov::platform::ProcessorSimdLevel() < level) break;
+    if (tovimpl::platform::ProcessorSimdLevel() < level) break;
     basalt::utf::UTF8to16Into(basalt::utf::KernelsFor(level), text, length, actual);
     if (actual != expected) std::abort();
   }
@@ -32,7 +32,7 @@ void CheckUtf16(const unsigned short* text, std::size_t length) {
   UTF8String actual;
   basalt::utf::UTF16to8Into(basalt::utf::KernelsFor(SimdLevel::kScalar), text, length, expected);
   for (SimdLevel level : {SimdLevel::kAvx2, SimdLevel::kAvx512}) {
-    if (tov::platform::ProcessorSimdLevel() < level) break;
+    if (tovimpl::platform::ProcessorSimdLevel() < level) break;
     basalt::utf::UTF16to8Into(basalt::utf::KernelsFor(level), text, length, actual);
     if (actual != expected) std::abort();
   }

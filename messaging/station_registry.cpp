@@ -195,7 +195,7 @@ void Terminate() {
 
 }  // namespace TOV
 
-namespace tov::messaging {
+namespace tovimpl::messaging {
 
 StationEntryState LookUpStationEntry(const UTF8String& name) {
   TOV::Registry& registry = TOV::TheRegistry();
@@ -229,4 +229,4 @@ std::size_t StationsAwaitingDeletion() {
   return registry.awaitingDeletion.size();
 }
 
-}  // namespace tov::messaging
+}  // namespace tovimpl::messaging

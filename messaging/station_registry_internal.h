@@ -7,7 +7,7 @@
 
 #include "tovfoundation/messaging.h"
 
-namespace tov::messaging {
+namespace tovimpl::messaging {
 
 // What the registry holds for one name.
 struct StationEntryState {
@@ -33,4 +33,4 @@ void DeferStationDeletion(TOV::Station* station);
 // Number of stations awaiting deletion.
 std::size_t StationsAwaitingDeletion();
 
-}  // namespace tov::messaging
+}  // namespace tovimpl::messaging

@@ -13,7 +13,7 @@
 
 #include "basalt/strings.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 // Opens the file at the NUL-terminated UTF-16 `path` with the fopen `mode`
 // ("rb", "wb", …). Mirrors _wfopen. Null on failure.
@@ -26,4 +26,4 @@ std::FILE* OpenCFileA(const char* path, const char* mode);
 // Deletes the file at `path`. Mirrors _wremove; true when it succeeded.
 bool RemoveCFile(const unsigned short* path);
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 // The fields of a calendar time, laid out like the Windows SYSTEMTIME.
 struct SystemTime {
@@ -33,4 +33,4 @@ void GetSystemTime(SystemTime* out);
 // from TZ; the process locale (setlocale) is never touched.
 int GetTimeFormatW(unsigned short* buffer, int bufferUnits);
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 
@@ -57,4 +57,4 @@ const char* SimdLevelName(SimdLevel level) {
   return "scalar";
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -3,10 +3,10 @@
 // The text subsystem's Base64 and UTF conversions have vector paths for two
 // instruction-set levels and a scalar path that is the reference for both:
 //
-//   switch (tov::platform::TextSimdLevel()) {
-//     case tov::platform::SimdLevel::kAvx512: ...   // AVX-512 BW, VL and VBMI
-//     case tov::platform::SimdLevel::kAvx2: ...     // AVX2 (and SSSE3 below it)
-//     case tov::platform::SimdLevel::kScalar: ...
+//   switch (tovimpl::platform::TextSimdLevel()) {
+//     case tovimpl::platform::SimdLevel::kAvx512: ...   // AVX-512 BW, VL and VBMI
+//     case tovimpl::platform::SimdLevel::kAvx2: ...     // AVX2 (and SSSE3 below it)
+//     case tovimpl::platform::SimdLevel::kScalar: ...
 //   }
 //
 // The level is what the processor reports and the operating system has
@@ -19,7 +19,7 @@
 // every x86-64 target, Windows included; other processors get kScalar.
 #pragma once
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 enum class SimdLevel { kScalar = 0, kAvx2 = 1, kAvx512 = 2 };
 
@@ -34,4 +34,4 @@ SimdLevel ProcessorSimdLevel();
 // "scalar", "avx2" or "avx512".
 const char* SimdLevelName(SimdLevel level);
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

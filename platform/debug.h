@@ -6,7 +6,7 @@
 // The variable is read once, on first use.
 #pragma once
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 // Sends one NUL-terminated narrow line to the debugger output channel
 // (Windows: OutputDebugStringA). Never fails; text that the channel does not
@@ -17,4 +17,4 @@ void OutputDebugStringA(const char* text);
 // building it. Windows: always true. POSIX: TOV_TRACE as above.
 bool IsDebugOutputEnabled();
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

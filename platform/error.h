@@ -10,7 +10,7 @@
 
 #include <cstdint>
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 // Windows error codes the library's status logic looks at.
 inline constexpr std::uint32_t kErrorSuccess = 0;
@@ -61,4 +61,4 @@ void SetLastError(std::uint32_t code);
 // kErrorFileExists (80); folder creation and moves say kErrorAlreadyExists (183).
 enum class ExistsAs { kFileExists, kAlreadyExists };
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -52,7 +52,7 @@
 
 #include "basalt/strings.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 // An opaque file handle, the value of a Windows HANDLE. Three states:
 //   null     (FileHandle{}):           never opened, or closed;
@@ -187,4 +187,4 @@ bool CloseHandle(FileHandle file);
 // deletion.
 bool DeleteFile(UTF16StringView libraryPath);
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

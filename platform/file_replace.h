@@ -16,7 +16,7 @@
 
 #include "basalt/strings.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 inline constexpr std::uint32_t kMoveFileReplaceExisting = 1;
 inline constexpr std::uint32_t kMoveFileWriteThrough = 8;
@@ -28,4 +28,4 @@ inline constexpr std::uint32_t kMoveFileWriteThrough = 8;
 // source, 17 across volumes, 5 without permission).
 bool MoveFileEx(UTF16StringView source, UTF16StringView target, std::uint32_t flags);
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -15,7 +15,7 @@
 #include "basalt/strings.h"
 #include "platform/file.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 inline constexpr std::uint32_t kInvalidFileAttributes = 0xFFFFFFFFu;
 inline constexpr std::uint32_t kFileAttributeReadOnly = 0x1;
@@ -121,4 +121,4 @@ std::uint32_t MoveToTrash(const UTF16String& path);
 // /proc/self/exe in backslash form. Empty on failure.
 UTF16String GetModuleFileName();
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -5,7 +5,7 @@
 
 #include "platform/fs.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 
@@ -65,4 +65,4 @@ bool MatchesPattern(const UTF16String& pattern, const UTF16String& name) {
   return false;
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

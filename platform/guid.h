@@ -3,8 +3,8 @@
 // CoCreateGuid makes a fresh random identifier (RFC 4122 version 4, variant
 // 10xx) in the standard GUID layout:
 //
-//   tov::platform::Guid id{};
-//   if (tov::platform::CoCreateGuid(&id) != 0) return kErrCreateFailed;
+//   tovimpl::platform::Guid id{};
+//   if (tovimpl::platform::CoCreateGuid(&id) != 0) return kErrCreateFailed;
 //
 // The POSIX backend draws the 122 random bits from the kernel's random source
 // (getrandom); the Win32 backend calls CoCreateGuid itself.
@@ -12,7 +12,7 @@
 
 #include <cstdint>
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 // The standard GUID layout: Data1, Data2, Data3 and eight bytes.
 struct Guid {
@@ -38,4 +38,4 @@ std::int32_t CoCreateGuid(Guid* guid);
 using RandomSource = bool (*)(void* bytes, std::uint32_t size);
 void SetRandomSourceForTesting(RandomSource source);
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -21,7 +21,7 @@
 #include "basalt/strings.h"
 #include "platform/file.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 // Opens the lock file at `path`, creating it empty when missing, for reading
 // and writing and shared with every other open (no sharing lock is taken, see
@@ -58,4 +58,4 @@ bool GetFileVersion(const UTF16String& path, FileVersion* version);
 // be reused, so true may name another program; false is certain.
 bool IsProcessRunning(std::uint32_t processId);
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

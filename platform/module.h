@@ -29,7 +29,7 @@
 
 #include "basalt/strings.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 // A loaded module (HMODULE); null means failure.
 using ModuleHandle = void*;
@@ -97,4 +97,4 @@ std::uint32_t SizeofResource(ModuleHandle module, ResourceHandle resource);
 // returns false, as the Windows call does.
 bool FreeResource(ResourceHandle resource);
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -4,7 +4,7 @@
 // so that it ends at end() (or starts at begin()) makes any read beyond it
 // fault at once.
 //
-//   tov::platform::GuardedPages pages(2 * 4096);
+//   tovimpl::platform::GuardedPages pages(2 * 4096);
 //   unsigned char* text = pages.end() - length;   // the next byte faults
 //
 // POSIX: mmap and mprotect(PROT_NONE); Windows: VirtualAlloc and
@@ -13,7 +13,7 @@
 
 #include <cstddef>
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 class GuardedPages {
  public:
@@ -38,4 +38,4 @@ class GuardedPages {
   unsigned char* mEnd = nullptr;
 };
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

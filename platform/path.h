@@ -15,11 +15,11 @@
 
 #include "basalt/strings.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 // A path in the library's spelling ⇒ the operating system's spelling, UTF-16.
 UTF16String ToNativeSpelling(UTF16StringView libraryPath);
 // A path in the operating system's spelling ⇒ the library's spelling.
 UTF16String FromNativeSpelling(UTF16StringView nativePath);
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -19,7 +19,7 @@
 
 #include <cstdint>
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 // An event object; null is "no event" (CreateEvent failed).
 struct Event;
@@ -70,4 +70,4 @@ bool ProcessBarrierAvailable();
 // Executes the barrier. Only to be called when ProcessBarrierAvailable() is true.
 void ProcessWideBarrier();
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

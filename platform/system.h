@@ -6,7 +6,7 @@
 
 #include "basalt/strings.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 // The calling thread's identifier (POSIX: gettid(); Windows: GetCurrentThreadId()).
 std::uint32_t CurrentThreadId();
@@ -27,4 +27,4 @@ void ReleaseFreedMemory();
 // environment's bytes are read as UTF-8.
 std::optional<UTF16String> GetEnvVar(const UTF16String& name);
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

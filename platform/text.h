@@ -14,7 +14,7 @@
 
 #include "basalt/strings.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 // Windows error codes only these services report.
 inline constexpr std::uint32_t kErrorInvalidFlags = 1004;
@@ -73,4 +73,4 @@ std::size_t MaxMultiByteLength();
 // strerror text and "\r\n"; `languageId` is ignored there.
 std::uint32_t FormatSystemMessage(std::uint32_t code, std::uint32_t languageId, UTF16String& text);
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -20,14 +20,14 @@ struct FilePortFile {
   explicit FilePortFile(const unsigned short* text) : path(text) {}
   std::atomic<std::uint32_t> refs{1};
   UTF16String path;
-  tov::platform::FileHandle handle;
+  tovimpl::platform::FileHandle handle;
 };
 
 }  // namespace detail
 
 namespace {
 
-namespace platform = tov::platform;
+namespace platform = tovimpl::platform;
 using detail::FilePortFile;
 
 void Retain(FilePortFile* file) {

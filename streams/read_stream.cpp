@@ -26,14 +26,14 @@ struct ReadStreamState {
   std::uint32_t portSize = 0;  // the port's size, read once at construction
   unsigned char closePort = 0;
   unsigned char ownsPort = 0;
-  tov::streams::StreamLock lock;
+  tovimpl::streams::StreamLock lock;
 };
 
 }  // namespace detail
 
 namespace {
 
-using tov::streams::StreamGuard;
+using tovimpl::streams::StreamGuard;
 
 // Typed reads of a few bytes that the buffer already holds take them here,
 // without the virtual call through Read (same result: Read starts with this

@@ -8,7 +8,7 @@
 
 #include "platform/sync.h"
 
-namespace tov::streams {
+namespace tovimpl::streams {
 
 // A re-entrant lock with the nesting depth of its holder: the depth is raised
 // after each entry and lowered before each exit.
@@ -153,4 +153,4 @@ class StreamGuard {
   StreamLock& mLock;
 };
 
-}  // namespace tov::streams
+}  // namespace tovimpl::streams

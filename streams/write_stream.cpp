@@ -24,7 +24,7 @@ struct WriteStreamState {
   std::uint64_t position = 0;  // the port position of the buffer's first byte
   unsigned char closePort = 0;
   unsigned char ownsPort = 0;
-  tov::streams::StreamLock lock;
+  tovimpl::streams::StreamLock lock;
 
   // The port's Write at `pos`; a 32-bit port gets the position truncated.
   std::uint32_t PortWrite(std::uint64_t pos, std::uint32_t count, const void* data) const {
@@ -40,7 +40,7 @@ struct WriteStreamState {
 
 namespace {
 
-using tov::streams::StreamGuard;
+using tovimpl::streams::StreamGuard;
 
 detail::WriteStreamState* NewState(CPort* port32, CPortEx* port64, HaldByteOrdering order,
                                    std::uint32_t bufferSize, std::uint32_t startPos,

@@ -22,7 +22,7 @@
 #include "text/base64_internal.h"
 #include "tovfoundation/text.h"
 
-namespace tov::text::base64 {
+namespace tovimpl::text::base64 {
 
 namespace {
 
@@ -145,7 +145,7 @@ constexpr std::size_t kDecodeChunk = 8 * 1024;
 inline void StoreGroup(unsigned char* dst, std::uint32_t word) { std::memcpy(dst, &word, 4); }
 
 const Kernels& ActiveKernels() {
-  static const Kernels& kernels = KernelsFor(tov::platform::TextSimdLevel());
+  static const Kernels& kernels = KernelsFor(tovimpl::platform::TextSimdLevel());
   return kernels;
 }
 
@@ -182,17 +182,17 @@ void DecodeCleanScalar(const unsigned short*& src, const unsigned short* end, un
   }
 }
 
-const Kernels& KernelsFor(tov::platform::SimdLevel level) {
+const Kernels& KernelsFor(tovimpl::platform::SimdLevel level) {
   static constexpr Kernels kScalar{EncodeLinesScalar, DecodeCleanScalar};
 #if defined(__x86_64__)
   static constexpr Kernels kAvx2{EncodeLinesAvx2, DecodeCleanAvx2};
   static constexpr Kernels kAvx512{EncodeLinesAvx512, DecodeCleanAvx512};
   switch (level) {
-    case tov::platform::SimdLevel::kAvx512:
+    case tovimpl::platform::SimdLevel::kAvx512:
       return kAvx512;
-    case tov::platform::SimdLevel::kAvx2:
+    case tovimpl::platform::SimdLevel::kAvx2:
       return kAvx2;
-    case tov::platform::SimdLevel::kScalar:
+    case tovimpl::platform::SimdLevel::kScalar:
       break;
   }
 #else
@@ -311,26 +311,26 @@ void DecodeInto(const Kernels& kernels, const unsigned short* text, std::size_t 
   flush();
 }
 
-}  // namespace tov::text::base64
+}  // namespace tovimpl::text::base64
 
 namespace Halyard {
 
 UTF16String Encode(const std::vector<unsigned char>& bytes) {
   UTF16String text;
-  tov::text::base64::EncodeInto(tov::text::base64::ActiveKernels(), bytes.data(), bytes.size(),
+  tovimpl::text::base64::EncodeInto(tovimpl::text::base64::ActiveKernels(), bytes.data(), bytes.size(),
                                 text);
   return text;
 }
 
 std::vector<unsigned char> Decode(const UTF16String& text) {
   std::vector<unsigned char> bytes;
-  tov::text::base64::DecodeInto(tov::text::base64::ActiveKernels(), text.data(), text.size(),
+  tovimpl::text::base64::DecodeInto(tovimpl::text::base64::ActiveKernels(), text.data(), text.size(),
                                 bytes);
   return bytes;
 }
 
 bool IsBase64(unsigned char character) {
-  return character < 128 && tov::text::base64::kDecode[character] != tov::text::base64::kDropCode;
+  return character < 128 && tovimpl::text::base64::kDecode[character] != tovimpl::text::base64::kDropCode;
 }
 
 }  // namespace Halyard

@@ -14,7 +14,7 @@
 #include "basalt/strings.h"
 #include "platform/cpu.h"
 
-namespace tov::text::base64 {
+namespace tovimpl::text::base64 {
 
 // Encodes `lines` whole lines: each 57 bytes from `src` become 76 characters
 // and "\r\n", 78 code units at `dst`. Returns the end of what it wrote; reads
@@ -38,8 +38,8 @@ struct Kernels {
 };
 
 // The kernels of one level. Only call those the processor supports
-// (tov::platform::ProcessorSimdLevel() at or above the level).
-const Kernels& KernelsFor(tov::platform::SimdLevel level);
+// (tovimpl::platform::ProcessorSimdLevel() at or above the level).
+const Kernels& KernelsFor(tovimpl::platform::SimdLevel level);
 
 // Halyard::Encode and Halyard::Decode with the given kernels, into `out` (its
 // content replaced, its capacity reused).
@@ -59,4 +59,4 @@ unsigned short* EncodeLinesAvx512(const unsigned char* src, std::size_t lines, u
 void DecodeCleanAvx512(const unsigned short*& src, const unsigned short* end, unsigned char*& dst,
                        const unsigned char* limit);
 
-}  // namespace tov::text::base64
+}  // namespace tovimpl::text::base64

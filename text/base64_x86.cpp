@@ -30,7 +30,7 @@
 #include <immintrin.h>
 // clang-format on
 
-namespace tov::text::base64 {
+namespace tovimpl::text::base64 {
 
 namespace {
 
@@ -330,6 +330,6 @@ TOV_TARGET_AVX512 void DecodeCleanAvx512(const unsigned short*& src, const unsig
 #undef TOV_BASE64_BY_LOW
 #undef TOV_BASE64_VALUE_OFFSETS
 
-}  // namespace tov::text::base64
+}  // namespace tovimpl::text::base64
 
 #endif  // __x86_64__

@@ -42,7 +42,7 @@ UTF16String Win32ErrorCodeToMessage(std::uint32_t code) {
   // The user's default language: LANG_NEUTRAL with SUBLANG_DEFAULT.
   constexpr std::uint32_t kDefaultLanguage = 0x400;
   UTF16String message;
-  if (tov::platform::FormatSystemMessage(code, kDefaultLanguage, message) != 0) return message;
+  if (tovimpl::platform::FormatSystemMessage(code, kDefaultLanguage, message) != 0) return message;
   return basalt::config::Localizer::Lookup(
       "$$$/TOV/Common/WinOSErrorConversionFailed=There was an error converting this Win32 error "
       "to a message!");

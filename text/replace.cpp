@@ -6,7 +6,7 @@
 #include "text/text_internal.h"
 #include "tovfoundation/text.h"
 
-namespace tov::text {
+namespace tovimpl::text {
 
 UTF16String DoubleArgumentText(double value) {
   return Halyard::StringUtils::VNumberToUTF16(value, 3);
@@ -71,7 +71,7 @@ std::uint32_t ReplaceWithTexts(const unsigned short* templ, unsigned short* outp
   return TOV::kSuccess;
 }
 
-}  // namespace tov::text
+}  // namespace tovimpl::text
 
 namespace Halyard::StringUtils {
 
@@ -85,26 +85,26 @@ std::uint32_t VVarArgsReplace(const unsigned short* templ, unsigned short* outpu
   for (const char* type = types; type != nullptr && *type != '\0'; ++type) {
     switch (*type) {
       case 'd':
-        texts.push_back(tov::text::DoubleArgumentText(va_arg(arguments, double)));
+        texts.push_back(tovimpl::text::DoubleArgumentText(va_arg(arguments, double)));
         break;
       case 'h':
-        texts.push_back(tov::text::HexArgumentText(
+        texts.push_back(tovimpl::text::HexArgumentText(
             static_cast<std::int32_t>(va_arg(arguments, std::uint32_t))));
         break;
       case 'i':
-        texts.push_back(tov::text::SignedArgumentText(va_arg(arguments, std::int32_t)));
+        texts.push_back(tovimpl::text::SignedArgumentText(va_arg(arguments, std::int32_t)));
         break;
       case 'u':
-        texts.push_back(tov::text::UnsignedArgumentText(va_arg(arguments, std::uint32_t)));
+        texts.push_back(tovimpl::text::UnsignedArgumentText(va_arg(arguments, std::uint32_t)));
         break;
       case 'w':
-        texts.push_back(tov::text::TextArgumentText(va_arg(arguments, const unsigned short*)));
+        texts.push_back(tovimpl::text::TextArgumentText(va_arg(arguments, const unsigned short*)));
         break;
       default:
         return TOV::kErrInvalidPointer;
     }
   }
-  return tov::text::ReplaceWithTexts(templ, output, length, texts.data(), texts.size());
+  return tovimpl::text::ReplaceWithTexts(templ, output, length, texts.data(), texts.size());
 }
 
 std::uint32_t VReplace(const unsigned short* templ, unsigned short* output, std::uint32_t* length,

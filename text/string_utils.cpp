@@ -12,7 +12,7 @@
 #include "text/text_internal.h"
 #include "tovfoundation/text.h"
 
-namespace tov::text {
+namespace tovimpl::text {
 
 unsigned short* DuplicateUnits(const unsigned short* text, std::size_t length) {
   // A count no array can hold is an allocation that cannot succeed.
@@ -25,7 +25,7 @@ unsigned short* DuplicateUnits(const unsigned short* text, std::size_t length) {
   return copy;
 }
 
-}  // namespace tov::text
+}  // namespace tovimpl::text
 
 namespace Halyard::StringUtils {
 
@@ -62,10 +62,10 @@ UTF16String VAsciiToUTF16(const char* text) {
 UTF16String PlatformStringToUTF16(const char* text) {
   if (text == nullptr) return UTF16String();
   const std::int32_t count =
-      tov::platform::MultiByteToWideChar(tov::platform::kCodePageAnsi, 0, text, -1, nullptr, 0);
+      tovimpl::platform::MultiByteToWideChar(tovimpl::platform::kCodePageAnsi, 0, text, -1, nullptr, 0);
   if (count <= 0) return UTF16String();
   UTF16String buffer(static_cast<std::size_t>(count), 0);
-  if (tov::platform::MultiByteToWideChar(tov::platform::kCodePageAnsi, 0, text, -1, buffer.data(),
+  if (tovimpl::platform::MultiByteToWideChar(tovimpl::platform::kCodePageAnsi, 0, text, -1, buffer.data(),
                                          count) <= 0) {
     return UTF16String();
   }
@@ -95,7 +95,7 @@ char* StringDuplicate(const char* text) {
 
 unsigned short* StringDuplicate(const unsigned short* text) {
   if (text == nullptr) return nullptr;
-  return tov::text::DuplicateUnits(text, VWLen(text));
+  return tovimpl::text::DuplicateUnits(text, VWLen(text));
 }
 
 std::size_t VWLen(const unsigned short* text) {
@@ -156,8 +156,8 @@ namespace Halyard {
 std::uint32_t VUtilsASCIIStrToUnicode(const char* source, char16_t* destination,
                                       std::uint32_t* length) {
   if (source == nullptr || length == nullptr) return TOV::kErrInvalidArgument;
-  const std::size_t measured = tov::platform::MultiByteToUTF16(nullptr, source, 0);
-  if (measured == tov::platform::kMultiByteError) {
+  const std::size_t measured = tovimpl::platform::MultiByteToUTF16(nullptr, source, 0);
+  if (measured == tovimpl::platform::kMultiByteError) {
     *length = 0xFFFFFFFFu;
     return TOV::kErrInvalidPointer;
   }
@@ -165,8 +165,8 @@ std::uint32_t VUtilsASCIIStrToUnicode(const char* source, char16_t* destination,
   *length = units + 1u;
   if (destination == nullptr) return TOV::kSuccess;
   const std::size_t converted =
-      tov::platform::MultiByteToUTF16(destination, source, std::size_t{units} + 1u);
-  return converted == tov::platform::kMultiByteError ? TOV::kErrInvalidPointer : TOV::kSuccess;
+      tovimpl::platform::MultiByteToUTF16(destination, source, std::size_t{units} + 1u);
+  return converted == tovimpl::platform::kMultiByteError ? TOV::kErrInvalidPointer : TOV::kSuccess;
 }
 
 WideString VUtilsASCIIStrToUnicode(const char* source) {
@@ -188,14 +188,14 @@ std::uint32_t VUtilsUnicodeToASCIIStr(const char16_t* source, char* destination,
   // Bound of the measuring call; like the runtime's wcstombs, measuring
   // converts the whole text whatever the bound says.
   const std::size_t bound =
-      tov::platform::MaxMultiByteLength() * std::char_traits<char16_t>::length(source);
-  const std::size_t measured = tov::platform::UTF16ToMultiByte(nullptr, source, bound);
+      tovimpl::platform::MaxMultiByteLength() * std::char_traits<char16_t>::length(source);
+  const std::size_t measured = tovimpl::platform::UTF16ToMultiByte(nullptr, source, bound);
   *length = static_cast<std::uint32_t>(measured);
-  if (measured == tov::platform::kMultiByteError) return TOV::kErrCreateFailed;
+  if (measured == tovimpl::platform::kMultiByteError) return TOV::kErrCreateFailed;
   if (destination == nullptr) return TOV::kSuccess;
   const std::size_t converted =
-      tov::platform::UTF16ToMultiByte(destination, source, std::size_t{*length} + 1u);
-  return converted == tov::platform::kMultiByteError ? TOV::kErrCreateFailed : TOV::kSuccess;
+      tovimpl::platform::UTF16ToMultiByte(destination, source, std::size_t{*length} + 1u);
+  return converted == tovimpl::platform::kMultiByteError ? TOV::kErrCreateFailed : TOV::kSuccess;
 }
 
 std::string VUtilsUnicodeToASCIIStr(const char16_t* source) {

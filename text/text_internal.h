@@ -7,7 +7,7 @@
 
 #include "basalt/strings.h"
 
-namespace tov::text {
+namespace tovimpl::text {
 
 // A copy of `length` code units of `text` and a NUL, from nothrow new[];
 // throws TOV::TOVVRException (kErrInvalidArgument) when that gives nullptr.
@@ -28,4 +28,4 @@ std::uint32_t ReplaceWithTexts(const unsigned short* templ, unsigned short* outp
                                std::uint32_t* length, const UTF16String* arguments,
                                std::size_t argumentCount);
 
-}  // namespace tov::text
+}  // namespace tovimpl::text

@@ -14,7 +14,7 @@
 namespace TOV {
 
 std::ostream& operator<<(std::ostream& stream, const Time& time) {
-  return stream << static_cast<double>(time.GetTicks()) / tov::time::kTicksPerSecondDouble;
+  return stream << static_cast<double>(time.GetTicks()) / tovimpl::time::kTicksPerSecondDouble;
 }
 
 namespace {
@@ -25,7 +25,7 @@ TimecodeTraceSink SetTimecodeTraceSink(TimecodeTraceSink sink) { return gTraceSi
 
 }  // namespace TOV
 
-namespace tov::time {
+namespace tovimpl::time {
 
 bool TraceWanted() {
   return TOV::gTraceSink.load(std::memory_order_acquire) != nullptr ||
@@ -39,13 +39,13 @@ void EmitTrace(const std::string& line) {
   platform::OutputDebugStringA(line.c_str());
 }
 
-}  // namespace tov::time
+}  // namespace tovimpl::time
 
 namespace Halyard {
 
 namespace {
 
-using tov::time::TruncateToInt64;
+using tovimpl::time::TruncateToInt64;
 
 // The low 32 bits of the value, unsigned (units 0 and 3).
 double LowValue(const HaldTimeCode& timecode) {
@@ -112,8 +112,8 @@ namespace TimeUtils {
 void GetSystemTime(VDateTime* dateTime) {
   if (dateTime == nullptr) return;
   std::memset(dateTime, 0, sizeof *dateTime);
-  tov::platform::SystemTime now{};
-  tov::platform::GetSystemTime(&now);
+  tovimpl::platform::SystemTime now{};
+  tovimpl::platform::GetSystemTime(&now);
   dateTime->year = now.year;
   dateTime->milliseconds = now.milliseconds;
   dateTime->kind = 2;
@@ -125,10 +125,10 @@ void GetSystemTime(VDateTime* dateTime) {
 }
 
 UTF16String GetSystemTimeAsString() {
-  const int needed = tov::platform::GetTimeFormatW(nullptr, 0);
+  const int needed = tovimpl::platform::GetTimeFormatW(nullptr, 0);
   if (needed <= 0) return UTF16String();
   std::vector<unsigned short> buffer(static_cast<std::size_t>(needed), 0);
-  tov::platform::GetTimeFormatW(buffer.data(), needed);
+  tovimpl::platform::GetTimeFormatW(buffer.data(), needed);
   UTF16String text;
   for (const unsigned short unit : buffer) {
     if (unit == 0) break;

@@ -11,7 +11,7 @@
 #include "time/trace.h"
 #include "tovfoundation/time.h"
 
-namespace tov::time {
+namespace tovimpl::time {
 namespace {
 
 using TOV::FrameRate;
@@ -369,11 +369,11 @@ Time ParseText(const UTF16String& text, FrameRate rate, std::uint32_t format, bo
 }
 
 }  // namespace
-}  // namespace tov::time
+}  // namespace tovimpl::time
 
 namespace TOV {
 
-using namespace tov::time;
+using namespace tovimpl::time;
 
 class Timecode::PrivateImpl : public Impl {
  public:

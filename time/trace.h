@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace tov::time {
+namespace tovimpl::time {
 
 // Whether a trace line would go anywhere (a sink is installed or the
 // platform's debugger output takes text). Cheap: callers test it before
@@ -13,4 +13,4 @@ bool TraceWanted();
 // Hands one finished line to the sink (if any) and to the debugger output.
 void EmitTrace(const std::string& line);
 
-}  // namespace tov::time
+}  // namespace tovimpl::time

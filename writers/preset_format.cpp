@@ -117,7 +117,7 @@ std::uint32_t VGetFormatName(std::FILE* file, unsigned short* name, std::uint32_
 
 std::uint32_t VGetFormatName(const char* path, unsigned short* name, std::uint32_t capacity) {
   if (path == nullptr || name == nullptr || capacity == 0) return TOV::kErrInvalidPointer;
-  std::FILE* file = tov::platform::OpenCFileA(path, "rb");
+  std::FILE* file = tovimpl::platform::OpenCFileA(path, "rb");
   if (file == nullptr) return TOV::kErrOpenFailed;
   const std::uint32_t status = VGetFormatName(file, name, capacity);
   std::fclose(file);
@@ -127,7 +127,7 @@ std::uint32_t VGetFormatName(const char* path, unsigned short* name, std::uint32
 std::uint32_t VGetFormatName(const unsigned short* path, unsigned short* name,
                              std::uint32_t capacity) {
   if (path == nullptr || name == nullptr || capacity == 0) return TOV::kErrInvalidPointer;
-  std::FILE* file = tov::platform::OpenCFile(path, "rb");
+  std::FILE* file = tovimpl::platform::OpenCFile(path, "rb");
   if (file == nullptr) return TOV::kErrOpenFailed;
   const std::uint32_t status = VGetFormatName(file, name, capacity);
   std::fclose(file);
@@ -139,7 +139,7 @@ std::uint32_t VIsPresetFileForThisWriter(const char* path, const unsigned short*
   if (path == nullptr || writerName == nullptr || isForWriter == nullptr) {
     return TOV::kErrInvalidPointer;
   }
-  std::FILE* file = tov::platform::OpenCFileA(path, "rb");
+  std::FILE* file = tovimpl::platform::OpenCFileA(path, "rb");
   if (file == nullptr) return TOV::kErrOpenFailed;
   const std::uint32_t status = IsPresetStreamForWriter(file, writerName, isForWriter);
   std::fclose(file);
@@ -148,7 +148,7 @@ std::uint32_t VIsPresetFileForThisWriter(const char* path, const unsigned short*
 
 std::uint32_t VIsPresetForThisWriter(const unsigned short* preset, std::uint32_t units,
                                      const unsigned short* writerName, unsigned char* isForWriter) {
-  namespace platform = tov::platform;
+  namespace platform = tovimpl::platform;
   if (writerName == nullptr || isForWriter == nullptr || (preset == nullptr && units != 0)) {
     return TOV::kErrInvalidPointer;
   }

@@ -232,7 +232,7 @@ TOV_API ListReport GetListReport();
 // ---------------------------------------------------------------------------
 // Metadata
 // ---------------------------------------------------------------------------
-namespace tov {
+namespace tovimpl {
 
 // The metadata key "DateModified". No operation of the library reads it.
 TOV_API extern const UTF8String kMetadataKeyDateModified;
@@ -242,7 +242,7 @@ TOV_API extern const UTF8String kMetadataKeyDateModified;
 // (case matters: "Title" and "title" are two keys).
 //
 //   basalt::proplist::PropList list;
-//   tov::MetadataList meta(&list);
+//   tovimpl::MetadataList meta(&list);
 //   meta.SetValue(u"Title"_u16, u"Clip"_u16);    // 0; IsDirty() true from now on
 //   UTF16String title;
 //   meta.GetValue(u"Title"_u16, title);          // 0, title == "Clip"
@@ -310,7 +310,7 @@ class TOV_API FolderMetadataSearch {
   Implementation* mImpl;
 };
 
-}  // namespace tov
+}  // namespace tovimpl
 
 // ---------------------------------------------------------------------------
 // Platform helpers

@@ -34,7 +34,7 @@
 
 #include "tovfoundation/common.h"
 
-namespace tov::time {
+namespace tovimpl::time {
 
 // Ticks per second of the library's time base, as an integer and as a double.
 inline constexpr std::int64_t kTicksPerSecond = 254016000000;
@@ -78,7 +78,7 @@ constexpr std::int64_t WrapMul(std::int64_t a, std::int64_t b) noexcept {
   return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) * static_cast<std::uint64_t>(b));
 }
 
-}  // namespace tov::time
+}  // namespace tovimpl::time
 
 namespace TOV {
 
@@ -106,12 +106,12 @@ class FrameRate {
   // framesPerSecond truncated toward zero. Negative rates are accepted and give
   // a negative tick count. FrameRate(29.97) has 8475675675 ticks, which is not
   // kFrameRate_VideoNTSC (30000.0 / 1001.0 gives 8475667200). A tiny rate
-  // whose tick count would not fit saturates (see tov::time::TruncateToInt64).
+  // whose tick count would not fit saturates (see tovimpl::time::TruncateToInt64).
   constexpr explicit FrameRate(double framesPerSecond) noexcept
       : mTicksPerFrame(
             framesPerSecond == 0.0
                 ? std::numeric_limits<std::int64_t>::max()
-                : tov::time::TruncateToInt64(tov::time::kTicksPerSecondDouble / framesPerSecond)) {}
+                : tovimpl::time::TruncateToInt64(tovimpl::time::kTicksPerSecondDouble / framesPerSecond)) {}
 
   // A rate with exactly this many ticks per frame, unchecked.
   static constexpr FrameRate Create(std::int64_t ticksPerFrame) noexcept {
@@ -126,7 +126,7 @@ class FrameRate {
   // by the tick count (Create(0) ⇒ +infinity).
   constexpr double GetValue() const noexcept {
     if (mTicksPerFrame == std::numeric_limits<std::int64_t>::max()) return 0.0;
-    return tov::time::kTicksPerSecondDouble / static_cast<double>(mTicksPerFrame);
+    return tovimpl::time::kTicksPerSecondDouble / static_cast<double>(mTicksPerFrame);
   }
 
   constexpr bool operator==(const FrameRate& other) const noexcept = default;
@@ -173,12 +173,12 @@ class Time {
   constexpr explicit Time(double seconds) noexcept
       : mTicks(seconds == 0.0
                    ? 0
-                   : tov::time::TruncateToInt64(tov::time::kTicksPerSecondDouble * seconds)) {}
+                   : tovimpl::time::TruncateToInt64(tovimpl::time::kTicksPerSecondDouble * seconds)) {}
 
   // frames × rate.GetTicksPerFrame(), wrapping; the sentinel rate is not
   // special-cased (Time(1, FrameRate()) is INT64_MAX ticks).
   constexpr Time(std::int64_t frames, FrameRate rate) noexcept
-      : mTicks(tov::time::WrapMul(frames, rate.GetTicksPerFrame())) {}
+      : mTicks(tovimpl::time::WrapMul(frames, rate.GetTicksPerFrame())) {}
 
   // A time of exactly `ticks` ticks.
   static constexpr Time TicksToTime(std::int64_t ticks) noexcept { return Time(TickTag{}, ticks); }
@@ -187,18 +187,18 @@ class Time {
 
   // -- Wrapping arithmetic on ticks.
   constexpr Time operator+(const Time& other) const noexcept {
-    return TicksToTime(tov::time::WrapAdd(mTicks, other.mTicks));
+    return TicksToTime(tovimpl::time::WrapAdd(mTicks, other.mTicks));
   }
   constexpr Time operator-(const Time& other) const noexcept {
-    return TicksToTime(tov::time::WrapSub(mTicks, other.mTicks));
+    return TicksToTime(tovimpl::time::WrapSub(mTicks, other.mTicks));
   }
-  constexpr Time operator-() const noexcept { return TicksToTime(tov::time::WrapSub(0, mTicks)); }
+  constexpr Time operator-() const noexcept { return TicksToTime(tovimpl::time::WrapSub(0, mTicks)); }
   constexpr Time& operator+=(const Time& other) noexcept {
-    mTicks = tov::time::WrapAdd(mTicks, other.mTicks);
+    mTicks = tovimpl::time::WrapAdd(mTicks, other.mTicks);
     return *this;
   }
   constexpr Time& operator-=(const Time& other) noexcept {
-    mTicks = tov::time::WrapSub(mTicks, other.mTicks);
+    mTicks = tovimpl::time::WrapSub(mTicks, other.mTicks);
     return *this;
   }
 
@@ -207,39 +207,39 @@ class Time {
   // ones zero-extended; the product wraps. Division is signed 64-bit division
   // truncating toward zero, also for unsigned divisors:
   //   Time::TicksToTime(-10) / 3u ⇒ -3 ticks.
-  template <tov::time::TimeInteger I>
+  template <tovimpl::time::TimeInteger I>
   constexpr Time operator*(I factor) const noexcept {
-    return TicksToTime(tov::time::WrapMul(mTicks, tov::time::WidenInteger(factor)));
+    return TicksToTime(tovimpl::time::WrapMul(mTicks, tovimpl::time::WidenInteger(factor)));
   }
-  template <tov::time::TimeInteger I>
+  template <tovimpl::time::TimeInteger I>
   constexpr Time& operator*=(I factor) noexcept {
-    mTicks = tov::time::WrapMul(mTicks, tov::time::WidenInteger(factor));
+    mTicks = tovimpl::time::WrapMul(mTicks, tovimpl::time::WidenInteger(factor));
     return *this;
   }
-  template <tov::time::TimeInteger I>
+  template <tovimpl::time::TimeInteger I>
   constexpr Time operator/(I divisor) const noexcept {
-    return TicksToTime(mTicks / tov::time::WidenInteger(divisor));
+    return TicksToTime(mTicks / tovimpl::time::WidenInteger(divisor));
   }
-  template <tov::time::TimeInteger I>
+  template <tovimpl::time::TimeInteger I>
   constexpr Time& operator/=(I divisor) noexcept {
-    mTicks /= tov::time::WidenInteger(divisor);
+    mTicks /= tovimpl::time::WidenInteger(divisor);
     return *this;
   }
 
   // -- Double factors and divisors: ticks as a double, multiplied or divided,
   // truncated toward zero (out of range saturates, NaN gives 0).
   constexpr Time operator*(double factor) const noexcept {
-    return TicksToTime(tov::time::TruncateToInt64(static_cast<double>(mTicks) * factor));
+    return TicksToTime(tovimpl::time::TruncateToInt64(static_cast<double>(mTicks) * factor));
   }
   constexpr Time& operator*=(double factor) noexcept {
-    mTicks = tov::time::TruncateToInt64(static_cast<double>(mTicks) * factor);
+    mTicks = tovimpl::time::TruncateToInt64(static_cast<double>(mTicks) * factor);
     return *this;
   }
   constexpr Time operator/(double divisor) const noexcept {
-    return TicksToTime(tov::time::TruncateToInt64(static_cast<double>(mTicks) / divisor));
+    return TicksToTime(tovimpl::time::TruncateToInt64(static_cast<double>(mTicks) / divisor));
   }
   constexpr Time& operator/=(double divisor) noexcept {
-    mTicks = tov::time::TruncateToInt64(static_cast<double>(mTicks) / divisor);
+    mTicks = tovimpl::time::TruncateToInt64(static_cast<double>(mTicks) / divisor);
     return *this;
   }
 
@@ -256,13 +256,13 @@ class Time {
   // modifying operation by design, not a function returning a copy.
   // INT64_MIN ticks stay INT64_MIN (wrapping).
   constexpr Time& Abs() noexcept {
-    if (mTicks < 0) mTicks = tov::time::WrapSub(0, mTicks);
+    if (mTicks < 0) mTicks = tovimpl::time::WrapSub(0, mTicks);
     return *this;
   }
 
   // Adds frames × ticks per frame (wrapping).
   constexpr void AddFrames(std::int64_t frames, FrameRate rate) noexcept {
-    mTicks = tov::time::WrapAdd(mTicks, tov::time::WrapMul(frames, rate.GetTicksPerFrame()));
+    mTicks = tovimpl::time::WrapAdd(mTicks, tovimpl::time::WrapMul(frames, rate.GetTicksPerFrame()));
   }
 
   // Replaces the ticks by (ticks / ticksPerFrame) × ticksPerFrame, truncating
@@ -271,7 +271,7 @@ class Time {
   // ordinary time aligns to 0.
   constexpr void AlignToFrame(FrameRate rate) noexcept {
     const std::int64_t ticksPerFrame = rate.GetTicksPerFrame();
-    mTicks = tov::time::WrapMul(mTicks / ticksPerFrame, ticksPerFrame);
+    mTicks = tovimpl::time::WrapMul(mTicks / ticksPerFrame, ticksPerFrame);
   }
 
   // Treats the time as the duration of `frames` frames and stores the rate
@@ -311,13 +311,13 @@ TOV_API std::ostream& operator<<(std::ostream& stream, const Time& time);
 inline constexpr Time kTime_Zero{};
 // 360000 seconds (100 hours): 91445760000000000 ticks.
 inline constexpr Time kTime_Max =
-    Time::TicksToTime(tov::time::TruncateToInt64(tov::time::kTicksPerSecondDouble * 360000.0));
+    Time::TicksToTime(tovimpl::time::TruncateToInt64(tovimpl::time::kTicksPerSecondDouble * 360000.0));
 // -kTime_Max.
 inline constexpr Time kTime_Min = -kTime_Max;
 // -400000 seconds: below kTime_Min, so it is never a valid time and compares
 // less than every valid time. The timecode parsers return it for rejected text.
 inline constexpr Time kTime_Invalid =
-    Time::TicksToTime(tov::time::TruncateToInt64(tov::time::kTicksPerSecondDouble * -400000.0));
+    Time::TicksToTime(tovimpl::time::TruncateToInt64(tovimpl::time::kTicksPerSecondDouble * -400000.0));
 
 // -- Frame-rate constants, each built from its rate in frames per second.
 namespace FrameRates {

@@ -8,7 +8,7 @@
 #include "platform/cfile.h"
 #include "platform/posix/posix_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 std::FILE* OpenNative(const std::string& native, const char* mode) {
@@ -49,4 +49,4 @@ bool RemoveCFile(const unsigned short* path) {
   return true;
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -12,7 +12,7 @@
 #include "platform/clock.h"
 #include "platform/error.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 void GetSystemTime(SystemTime* out) {
   if (out == nullptr) return;
@@ -115,4 +115,4 @@ int GetTimeFormatW(unsigned short* buffer, int bufferUnits) {
   return needed;
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -8,7 +8,7 @@
 
 #include "platform/debug.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 
@@ -39,4 +39,4 @@ void OutputDebugStringA(const char* text) {
   }
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

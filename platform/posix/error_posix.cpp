@@ -9,7 +9,7 @@
 #include "platform/error.h"
 #include "platform/posix/posix_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 thread_local std::uint32_t tLastError = 0;
@@ -93,4 +93,4 @@ void SetLastErrorFromErrno(int error, ExistsAs exists, const std::string& native
 }
 
 }  // namespace posix
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -15,7 +15,7 @@
 #include "platform/file.h"
 #include "platform/posix/posix_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 
@@ -452,4 +452,4 @@ bool DeleteFile(UTF16StringView libraryPath) {
   return true;
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -12,7 +12,7 @@
 #include "platform/file_replace.h"
 #include "platform/posix/posix_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 
@@ -61,4 +61,4 @@ bool MoveFileEx(UTF16StringView source, UTF16StringView target, std::uint32_t fl
   return true;
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

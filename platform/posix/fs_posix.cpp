@@ -25,7 +25,7 @@
 #include "platform/posix/posix_support.h"
 #include "platform/system.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 
@@ -708,4 +708,4 @@ UTF16String GetModuleFileName() {
   }
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -12,7 +12,7 @@
 #include "platform/guid.h"
 #include "platform/posix/posix_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 
@@ -65,4 +65,4 @@ std::int32_t CoCreateGuid(Guid* guid) {
 
 void SetRandomSourceForTesting(RandomSource source) { gRandomSource.store(source); }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -13,7 +13,7 @@
 #include "platform/interprocess.h"
 #include "platform/posix/posix_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 
@@ -83,4 +83,4 @@ bool IsProcessRunning(std::uint32_t processId) {
   return ::kill(static_cast<pid_t>(processId), 0) == 0 || errno == EPERM;
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -23,7 +23,7 @@
 #include "platform/module.h"
 #include "platform/posix/posix_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 
@@ -355,4 +355,4 @@ std::uint32_t SizeofResource(ModuleHandle /*module*/, ResourceHandle resource) {
 
 bool FreeResource(ResourceHandle /*resource*/) { return false; }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

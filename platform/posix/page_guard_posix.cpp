@@ -5,7 +5,7 @@
 
 #include "platform/page_guard.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 GuardedPages::GuardedPages(std::size_t size) {
   const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
@@ -28,4 +28,4 @@ GuardedPages::~GuardedPages() {
   if (mMapping != nullptr) ::munmap(mMapping, mMappingSize);
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -7,7 +7,7 @@
 #include "basalt/strings.h"
 #include "platform/error.h"
 
-namespace tov::platform::posix {
+namespace tovimpl::platform::posix {
 
 // A library path (Windows spelling, UTF-16) as the UTF-8 bytes the system calls take.
 std::string NativePath(UTF16StringView libraryPath);
@@ -25,4 +25,4 @@ std::uint32_t MapErrno(int error, ExistsAs exists = ExistsAs::kAlreadyExists,
 void SetLastErrorFromErrno(int error, ExistsAs exists = ExistsAs::kAlreadyExists,
                            const std::string& nativePath = std::string());
 
-}  // namespace tov::platform::posix
+}  // namespace tovimpl::platform::posix

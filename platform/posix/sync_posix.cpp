@@ -20,7 +20,7 @@
 #include "platform/error.h"
 #include "platform/sync.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 struct Event {
   std::mutex mutex;
@@ -109,4 +109,4 @@ bool ProcessBarrierAvailable() { return false; }
 void ProcessWideBarrier() {}
 #endif
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

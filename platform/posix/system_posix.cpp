@@ -16,7 +16,7 @@
 #include "platform/posix/posix_support.h"
 #include "platform/system.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 std::uint32_t CurrentThreadId() { return static_cast<std::uint32_t>(::syscall(SYS_gettid)); }
 
@@ -87,4 +87,4 @@ UTF16String LibraryPath(const std::string& nativePath) {
 }
 
 }  // namespace posix
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -14,7 +14,7 @@
 #include "platform/posix/posix_support.h"
 #include "platform/text.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 
@@ -248,4 +248,4 @@ std::uint32_t FormatSystemMessage(std::uint32_t code, std::uint32_t /*languageId
   return static_cast<std::uint32_t>(text.size());
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

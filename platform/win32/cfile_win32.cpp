@@ -8,7 +8,7 @@
 #include "platform/error.h"
 #include "platform/win32/win32_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 
@@ -75,4 +75,4 @@ bool RemoveCFile(const unsigned short* path) {
   return false;
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -4,7 +4,7 @@
 #include "platform/error.h"
 #include "platform/win32/win32_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 void GetSystemTime(SystemTime* out) {
   SYSTEMTIME now{};
@@ -30,4 +30,4 @@ int GetTimeFormatW(unsigned short* buffer, int bufferUnits) {
   return units;
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

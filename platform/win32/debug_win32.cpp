@@ -3,7 +3,7 @@
 #include "platform/debug.h"
 #include "platform/win32/win32_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 void OutputDebugStringA(const char* text) {
   if (text != nullptr) ::OutputDebugStringA(text);
@@ -12,4 +12,4 @@ void OutputDebugStringA(const char* text) {
 // The channel always exists on Windows; whether a debugger listens is its business.
 bool IsDebugOutputEnabled() { return true; }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -5,10 +5,10 @@
 #include "platform/error.h"
 #include "platform/win32/win32_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 // The library's codes are the system's own, so the slot is the system's.
 std::uint32_t GetLastError() { return static_cast<std::uint32_t>(::GetLastError()); }
 void SetLastError(std::uint32_t code) { ::SetLastError(static_cast<DWORD>(code)); }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

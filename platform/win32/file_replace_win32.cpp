@@ -4,7 +4,7 @@
 #include "platform/file_replace.h"
 #include "platform/win32/win32_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 bool MoveFileEx(UTF16StringView source, UTF16StringView target, std::uint32_t flags) {
   const std::wstring from = win32::WidePath(source);
@@ -19,4 +19,4 @@ bool MoveFileEx(UTF16StringView source, UTF16StringView target, std::uint32_t fl
   return true;
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

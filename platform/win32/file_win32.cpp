@@ -7,7 +7,7 @@
 #include "platform/file.h"
 #include "platform/win32/win32_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 
@@ -191,4 +191,4 @@ bool DeleteFile(UTF16StringView libraryPath) {
   return true;
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -10,7 +10,7 @@
 #include "platform/fs.h"
 #include "platform/win32/win32_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 // --- attributes ---------------------------------------------------------------
 
@@ -246,4 +246,4 @@ UTF16String GetModuleFileName() {
   }
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -7,7 +7,7 @@
 #include "platform/guid.h"
 #include "platform/win32/win32_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 std::atomic<RandomSource> gRandomSource{nullptr};
@@ -50,4 +50,4 @@ std::int32_t CoCreateGuid(Guid* guid) {
 
 void SetRandomSourceForTesting(RandomSource source) { gRandomSource.store(source); }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -6,7 +6,7 @@
 #include "platform/interprocess.h"
 #include "platform/win32/win32_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 
@@ -91,4 +91,4 @@ bool IsProcessRunning(std::uint32_t processId) {
   return running;
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -8,7 +8,7 @@
 #include "platform/module.h"
 #include "platform/win32/win32_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 namespace {
 
@@ -125,4 +125,4 @@ bool FreeResource(ResourceHandle resource) {
   return ::FreeResource(static_cast<HGLOBAL>(resource)) != FALSE;
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

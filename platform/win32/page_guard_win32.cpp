@@ -3,7 +3,7 @@
 #include "platform/page_guard.h"
 #include "platform/win32/win32_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 GuardedPages::GuardedPages(std::size_t size) {
   SYSTEM_INFO info;
@@ -29,4 +29,4 @@ GuardedPages::~GuardedPages() {
   if (mMapping != nullptr) ::VirtualFree(mMapping, 0, MEM_RELEASE);
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -4,7 +4,7 @@
 #include "platform/sync.h"
 #include "platform/win32/win32_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 // An EventHandle is the system's event HANDLE itself; Event is never defined.
 namespace {
@@ -80,4 +80,4 @@ bool ProcessBarrierAvailable() {
 
 void ProcessWideBarrier() { ::FlushProcessWriteBuffers(); }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -9,7 +9,7 @@
 #include "platform/system.h"
 #include "platform/win32/win32_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 std::uint32_t CurrentThreadId() { return static_cast<std::uint32_t>(::GetCurrentThreadId()); }
 
@@ -48,4 +48,4 @@ std::optional<UTF16String> GetEnvVar(const UTF16String& name) {
 UTF16String ToNativeSpelling(UTF16StringView libraryPath) { return UTF16String(libraryPath); }
 UTF16String FromNativeSpelling(UTF16StringView nativePath) { return UTF16String(nativePath); }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -8,7 +8,7 @@
 #include "platform/text.h"
 #include "platform/win32/win32_support.h"
 
-namespace tov::platform {
+namespace tovimpl::platform {
 
 std::int32_t MultiByteToWideChar(std::uint32_t codePage, std::uint32_t flags, const char* text,
                                  std::int32_t length, unsigned short* out, std::int32_t outCount) {
@@ -55,4 +55,4 @@ std::uint32_t FormatSystemMessage(std::uint32_t code, std::uint32_t languageId, 
   return static_cast<std::uint32_t>(length);
 }
 
-}  // namespace tov::platform
+}  // namespace tovimpl::platform

@@ -4,7 +4,7 @@
 // The backend's files include the system's headers only through this one: it
 // brings in <windows.h> and the shell and COM headers, then removes the A/W
 // macros whose names the OS layer uses for its own functions (CreateFile,
-// FindFirstFile, …), so that tov::platform::CreateFile keeps its name in the
+// FindFirstFile, …), so that tovimpl::platform::CreateFile keeps its name in the
 // backend as in the portable code, whichever order the includes come in.
 #pragma once
 
@@ -49,7 +49,7 @@
 #include "basalt/strings.h"
 #include "platform/error.h"
 
-namespace tov::platform::win32 {
+namespace tovimpl::platform::win32 {
 
 // The library's UTF-16 code units and the system's wchar_t are both 16 bits on
 // Windows: library text is handed to the W functions as it is.
@@ -99,4 +99,4 @@ inline std::uint64_t FileTimeValue(const FILETIME& time) {
   return (static_cast<std::uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
 }
 
-}  // namespace tov::platform::win32
+}  // namespace tovimpl::platform::win32

@@ -243,6 +243,6 @@ TEST(SearchPattern, MatchesAsWindowsDoes) {
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(std::string(row.pattern) + " ~ " + row.name);
-    EXPECT_EQ(tov::platform::MatchesPattern(U16(row.pattern), U16(row.name)), row.match);
+    EXPECT_EQ(tovimpl::platform::MatchesPattern(U16(row.pattern), U16(row.name)), row.match);
   }
 }

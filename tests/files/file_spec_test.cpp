@@ -226,8 +226,8 @@ bool FakeFree(const UTF16String& path, std::uint64_t* free) {
   return true;
 }
 struct FreeSpaceSeam {
-  FreeSpaceSeam() { tov::platform::SetFreeSpaceAnswerForTesting(FakeFree); }
-  ~FreeSpaceSeam() { tov::platform::SetFreeSpaceAnswerForTesting(nullptr); }
+  FreeSpaceSeam() { tovimpl::platform::SetFreeSpaceAnswerForTesting(FakeFree); }
+  ~FreeSpaceSeam() { tovimpl::platform::SetFreeSpaceAnswerForTesting(nullptr); }
 };
 }  // namespace
 

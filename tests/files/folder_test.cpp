@@ -65,8 +65,8 @@ TEST(WideFolder, CreateOnDiskOnExistingFolderFails) {
 
 TEST(WideFolder, CreateOnDiskRejectsRelativePath) {
   EXPECT_FALSE(Folder::CreateOnDisk(u"relative\\folder"_u16));
-  EXPECT_EQ(tov::platform::CreateDirectoryWithParents(u"relative\\folder"_u16),
-            tov::platform::kErrorBadPathname);
+  EXPECT_EQ(tovimpl::platform::CreateDirectoryWithParents(u"relative\\folder"_u16),
+            tovimpl::platform::kErrorBadPathname);
 }
 
 TEST(WideFolder, CreateOnDiskThroughAFileFails) {
@@ -96,8 +96,8 @@ TEST(WideFolder, GetFreeSpaceOnDiskMapsErrorsThroughTheTable) {
     std::uint32_t expected;
   };
   static std::uint32_t sError = 0;
-  tov::platform::SetFreeSpaceAnswerForTesting([](const UTF16String&, std::uint64_t*) {
-    tov::platform::SetLastError(sError);
+  tovimpl::platform::SetFreeSpaceAnswerForTesting([](const UTF16String&, std::uint64_t*) {
+    tovimpl::platform::SetLastError(sError);
     return false;
   });
   for (const Case& c : {Case{2, TOV::kErrPathNotFound}, Case{3, TOV::kErrPathNotFound},
@@ -109,7 +109,7 @@ TEST(WideFolder, GetFreeSpaceOnDiskMapsErrorsThroughTheTable) {
     EXPECT_EQ(Folder::GetFreeSpaceOnDisk(u"\\x"_u16, &error), 0u);
     EXPECT_EQ(error, c.expected);
   }
-  tov::platform::SetFreeSpaceAnswerForTesting(nullptr);
+  tovimpl::platform::SetFreeSpaceAnswerForTesting(nullptr);
 }
 
 TEST(WideFolderListing, PlainListingSplitsFilesAndFolders) {

@@ -11,7 +11,7 @@
 #include "platform/fs.h"
 
 using namespace basalt::literals;
-namespace platform = tov::platform;
+namespace platform = tovimpl::platform;
 using files_test::TempFolder;
 using files_test::U8;
 

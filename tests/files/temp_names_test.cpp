@@ -359,7 +359,7 @@ TEST(FileOperations, MoveOntoExistingTargetFails) {
   files_test::WriteFile(temp.NativeOf("a"), "a");
   files_test::WriteFile(temp.NativeOf("b"), "b");
   EXPECT_EQ(PU::TOVMoveFile(temp.Lib("a"), temp.Lib("b")), 0);
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorAlreadyExists);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorAlreadyExists);
   EXPECT_EQ(files_test::ReadFile(temp.NativeOf("b")), "b");
   EXPECT_EQ(PU::TOVMoveFile(temp.Lib("a"), temp.Lib("c")), 1);
   EXPECT_FALSE(files_test::Exists(temp.NativeOf("a")));
@@ -373,7 +373,7 @@ TEST(FileOperations, MoveRenamesFolders) {
   EXPECT_EQ(PU::TOVMoveFile(temp.Lib("d1"), temp.Lib("d2")), 1);
   EXPECT_EQ(files_test::ReadFile(temp.NativeOf("d2/f")), "f");
   EXPECT_EQ(PU::TOVMoveFile(temp.Lib("missing"), temp.Lib("x")), 0);
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorFileNotFound);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorFileNotFound);
 }
 
 TEST(FileOperations, MoveAcrossFileSystemsCopiesFilesAndRefusesFolders) {
@@ -393,7 +393,7 @@ TEST(FileOperations, MoveAcrossFileSystemsCopiesFilesAndRefusesFolders) {
   EXPECT_EQ(files_test::ReadFile(other + "/f"), "payload");
   files_test::MakeFolder(temp.NativeOf("dir"));
   EXPECT_EQ(PU::TOVMoveFile(temp.Lib("dir"), files_test::Lib(other + "/dir")), 0);
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorNotSameDevice);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorNotSameDevice);
   std::filesystem::remove_all(other);
 }
 

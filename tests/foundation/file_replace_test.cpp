@@ -11,9 +11,9 @@ namespace {
 using foundation_test::ReadFileBytes;
 using foundation_test::TempFolder;
 using foundation_test::WriteFileBytes;
-using tov::platform::kMoveFileReplaceExisting;
-using tov::platform::kMoveFileWriteThrough;
-using tov::platform::MoveFileEx;
+using tovimpl::platform::kMoveFileReplaceExisting;
+using tovimpl::platform::kMoveFileWriteThrough;
+using tovimpl::platform::MoveFileEx;
 
 TEST(MoveFileEx, ReplacesExistingTargetWhenAsked) {
   TempFolder temp;
@@ -30,7 +30,7 @@ TEST(MoveFileEx, ExistingTargetWithoutReplaceFailsWith183) {
   WriteFileBytes(temp.NativeOf("new"), "new");
   WriteFileBytes(temp.NativeOf("old"), "old");
   EXPECT_FALSE(MoveFileEx(temp.Lib("new"), temp.Lib("old"), 0));
-  EXPECT_EQ(tov::platform::GetLastError(), 183u);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), 183u);
   EXPECT_EQ(ReadFileBytes(temp.NativeOf("old")), "old");
 }
 
@@ -39,20 +39,20 @@ TEST(MoveFileEx, FolderTargetFailsWith5) {
   WriteFileBytes(temp.NativeOf("new"), "new");
   foundation_test::MakeFolder(temp.NativeOf("dir"));
   EXPECT_FALSE(MoveFileEx(temp.Lib("new"), temp.Lib("dir"), kMoveFileReplaceExisting));
-  EXPECT_EQ(tov::platform::GetLastError(), 5u);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), 5u);
 }
 
 TEST(MoveFileEx, MissingSourceFailsWith2) {
   TempFolder temp;
   EXPECT_FALSE(MoveFileEx(temp.Lib("absent"), temp.Lib("target"), kMoveFileReplaceExisting));
-  EXPECT_EQ(tov::platform::GetLastError(), 2u);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), 2u);
 }
 
 TEST(MoveFileEx, MissingTargetFolderFailsWith3) {
   TempFolder temp;
   WriteFileBytes(temp.NativeOf("new"), "new");
   EXPECT_FALSE(MoveFileEx(temp.Lib("new"), temp.Lib("no\\such\\target"), kMoveFileReplaceExisting));
-  EXPECT_EQ(tov::platform::GetLastError(), 3u);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), 3u);
 }
 
 }  // namespace

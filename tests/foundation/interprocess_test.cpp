@@ -18,7 +18,7 @@
 namespace {
 
 using namespace basalt::literals;
-namespace platform = tov::platform;
+namespace platform = tovimpl::platform;
 using foundation_test::TempFolder;
 
 TEST(LockFile, SecondHandleWaitsUntilTheFirstUnlocks) {

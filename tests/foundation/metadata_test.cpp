@@ -13,7 +13,7 @@ using namespace basalt::literals;
 using basalt::proplist::PropList;
 
 TEST(MetadataList, NullListAnswersNoMetadataAndStaysClean) {
-  tov::MetadataList meta(nullptr);
+  tovimpl::MetadataList meta(nullptr);
   UTF16String value = u"keep"_u16;
   EXPECT_EQ(meta.GetValue(u"Title"_u16, value), TOV::kErrNoMetadata);
   EXPECT_EQ(value, u"keep"_u16);
@@ -24,13 +24,13 @@ TEST(MetadataList, NullListAnswersNoMetadataAndStaysClean) {
 
 TEST(MetadataList, StartsClean) {
   PropList list;
-  tov::MetadataList meta(&list);
+  tovimpl::MetadataList meta(&list);
   EXPECT_FALSE(meta.IsDirty());
 }
 
 TEST(MetadataList, SetThenGetReturnsValueAndDirtyStaysTrue) {
   PropList list;
-  tov::MetadataList meta(&list);
+  tovimpl::MetadataList meta(&list);
   EXPECT_EQ(meta.SetValue(u"Title"_u16, u"Clip ✓"_u16), 0u);
   EXPECT_TRUE(meta.IsDirty());
   UTF16String value;
@@ -47,7 +47,7 @@ TEST(MetadataList, SetThenGetReturnsValueAndDirtyStaysTrue) {
 TEST(MetadataList, AbsentKeyGivesNoMetadataAndLeavesOutputUnchanged) {
   PropList list;
   list.SetString("Other", u"1"_u16);
-  tov::MetadataList meta(&list);
+  tovimpl::MetadataList meta(&list);
   UTF16String value = u"untouched"_u16;
   EXPECT_EQ(meta.GetValue(u"Title"_u16, value), TOV::kErrNoMetadata);
   EXPECT_EQ(value, u"untouched"_u16);
@@ -56,7 +56,7 @@ TEST(MetadataList, AbsentKeyGivesNoMetadataAndLeavesOutputUnchanged) {
 
 TEST(MetadataList, KeysDifferingInCaseAreDifferentKeys) {
   PropList list;
-  tov::MetadataList meta(&list);
+  tovimpl::MetadataList meta(&list);
   ASSERT_EQ(meta.SetValue(u"Title"_u16, u"upper"_u16), 0u);
   ASSERT_EQ(meta.SetValue(u"title"_u16, u"lower"_u16), 0u);
   UTF16String a, b, c = u"none"_u16;
@@ -71,7 +71,7 @@ TEST(MetadataList, KeysDifferingInCaseAreDifferentKeys) {
 TEST(MetadataList, ValueUnderChildListIsAbsent) {
   PropList list;
   list.CreateChild("Sub");
-  tov::MetadataList meta(&list);
+  tovimpl::MetadataList meta(&list);
   UTF16String value = u"same"_u16;
   EXPECT_EQ(meta.GetValue(u"Sub"_u16, value), TOV::kErrNoMetadata);
   EXPECT_EQ(value, u"same"_u16);
@@ -80,7 +80,7 @@ TEST(MetadataList, ValueUnderChildListIsAbsent) {
 TEST(MetadataList, ListIsNotFreedWithTheView) {
   PropList list;
   {
-    tov::MetadataList meta(&list);
+    tovimpl::MetadataList meta(&list);
     meta.SetValue(u"k"_u16, u"v"_u16);
   }
   UTF16String value;
@@ -90,7 +90,7 @@ TEST(MetadataList, ListIsNotFreedWithTheView) {
 
 TEST(MetadataList, ConcurrentSettersAndGettersSeeEveryValue) {
   PropList list;
-  tov::MetadataList meta(&list);
+  tovimpl::MetadataList meta(&list);
   std::vector<std::thread> threads;
   for (int t = 0; t < 4; ++t) {
     threads.emplace_back([&meta, t] {
@@ -109,18 +109,18 @@ TEST(MetadataList, ConcurrentSettersAndGettersSeeEveryValue) {
 }
 
 TEST(MetadataConstants, DateModifiedKey) {
-  EXPECT_EQ(tov::kMetadataKeyDateModified, "DateModified");
+  EXPECT_EQ(tovimpl::kMetadataKeyDateModified, "DateModified");
 }
 
 // --- FolderMetadataSearch ------------------------------------------------------
 
-class Generator : public tov::FolderMetadataGeneratorFunc {};
-class Filter : public tov::FileFilterFunc {};
+class Generator : public tovimpl::FolderMetadataGeneratorFunc {};
+class Filter : public tovimpl::FileFilterFunc {};
 
-class ProbingSearch : public tov::FolderMetadataSearch {
+class ProbingSearch : public tovimpl::FolderMetadataSearch {
  public:
-  using tov::FolderMetadataSearch::FolderMetadataSearch;
-  using tov::FolderMetadataSearch::GetFileList;
+  using tovimpl::FolderMetadataSearch::FolderMetadataSearch;
+  using tovimpl::FolderMetadataSearch::GetFileList;
 };
 
 TEST(FolderMetadataSearch, PublicGetFileListReturnsZeroAndLeavesListAlone) {
@@ -128,7 +128,7 @@ TEST(FolderMetadataSearch, PublicGetFileListReturnsZeroAndLeavesListAlone) {
   Filter filter;
   for (const UTF16String& folder : {UTF16String(), u"C:\\Media"_u16, u"\\nowhere\\at\\all"_u16}) {
     SCOPED_TRACE(basalt::UTF16to8(folder));
-    tov::FolderMetadataSearch search(folder, u"second"_u16, true, generator);
+    tovimpl::FolderMetadataSearch search(folder, u"second"_u16, true, generator);
     std::vector<UTF16String> files{u"a"_u16, u"b"_u16};
     EXPECT_EQ(search.GetFileList(filter, files), 0u);
     EXPECT_EQ(files, (std::vector<UTF16String>{u"a"_u16, u"b"_u16}));

@@ -77,9 +77,9 @@ TEST(TOVLoadLibrary, MissingModuleGivesNull) {
   foundation_test::TempFolder temp;
   const std::string missing = temp.NativeOf("absent.so");
   EXPECT_EQ(Halyard::TOVLoadLibrary(missing.c_str(), nullptr, 0), nullptr);
-  EXPECT_EQ(tov::platform::GetLastError(), 126u);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), 126u);
   EXPECT_EQ(Halyard::TOVLoadLibrary(missing.c_str(), nullptr, 1), nullptr);
-  EXPECT_EQ(tov::platform::GetLastError(), 2u);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), 2u);
   EXPECT_EQ(Halyard::TOVLoadLibrary(nullptr, nullptr, 0), nullptr);
 }
 
@@ -87,7 +87,7 @@ TEST(TOVLoadLibrary, DataLoadOfNonModuleFails) {
   foundation_test::TempFolder temp;
   foundation_test::WriteFileBytes(temp.NativeOf("text.so"), std::string(200, 'x'));
   EXPECT_EQ(Halyard::TOVLoadLibrary(temp.NativeOf("text.so").c_str(), nullptr, 1), nullptr);
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorBadExeFormat);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorBadExeFormat);
 }
 
 TEST(TOVLoadLibrary, UnloadOfNullFails) { EXPECT_FALSE(Halyard::TOVUnloadLibrary(nullptr)); }
@@ -96,7 +96,7 @@ TEST(TOVGetProcAddress, UnknownNameGivesNull) {
   Halyard::HINSTANCE module = Halyard::TOVLoadLibrary(kPlugin, nullptr, 0);
   ASSERT_NE(module, nullptr);
   EXPECT_EQ(Halyard::TOVGetProcAddress(module, "NoSuchEntry"), nullptr);
-  EXPECT_EQ(tov::platform::GetLastError(), 127u);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), 127u);
   EXPECT_TRUE(Halyard::TOVUnloadLibrary(module));
 }
 
@@ -113,7 +113,7 @@ TEST(TOVLoadResource, PiplTypeGivesTheModulesFirstPiplResource) {
     EXPECT_EQ(type, u"PIPL"_u16);
     const void* data = Halyard::TOVGetResourceData(module, resource, type);
     ASSERT_NE(data, nullptr);
-    EXPECT_EQ(tov::platform::SizeofResource(module, resource), sizeof kPiplBytes);
+    EXPECT_EQ(tovimpl::platform::SizeofResource(module, resource), sizeof kPiplBytes);
     EXPECT_EQ(std::memcmp(data, kPiplBytes, sizeof kPiplBytes), 0);
     Halyard::TOVFreeResource(module, resource, const_cast<void*>(data));
     EXPECT_TRUE(Halyard::TOVUnloadLibrary(module));
@@ -124,7 +124,7 @@ TEST(TOVLoadResource, OtherTypeNamesGiveNullEvenWhenResourcesExist) {
   Halyard::HINSTANCE module = Halyard::TOVLoadLibrary(kPlugin, nullptr, 1);
   ASSERT_NE(module, nullptr);
   // The module does hold a resource of type "ABCD"...
-  EXPECT_NE(tov::platform::FindResource(module, tov::platform::MakeIntResource(1), "ABCD"),
+  EXPECT_NE(tovimpl::platform::FindResource(module, tovimpl::platform::MakeIntResource(1), "ABCD"),
             nullptr);
   // ...but only the type "PIPL" is ever taken.
   for (const UTF16String& name :
@@ -139,8 +139,8 @@ TEST(TOVLoadResource, OtherTypeNamesGiveNullEvenWhenResourcesExist) {
 
 TEST(TOVLoadResource, ModuleWithoutPiplGivesNull) {
   // This test program itself has no "PIPL" section.
-  Halyard::HINSTANCE self = tov::platform::LoadLibraryEx(foundation_test::Lib("/proc/self/exe"),
-                                                         tov::platform::kLoadLibraryAsDatafile);
+  Halyard::HINSTANCE self = tovimpl::platform::LoadLibraryEx(foundation_test::Lib("/proc/self/exe"),
+                                                         tovimpl::platform::kLoadLibraryAsDatafile);
   ASSERT_NE(self, nullptr);
   UTF16String type = u"PIPL"_u16;
   EXPECT_EQ(Halyard::TOVLoadResource(self, type), nullptr);
@@ -154,16 +154,16 @@ TEST(TOVGetResourceData, NullResourceGivesNull) {
 }
 
 TEST(ModuleLayer, EnumerationHandsTheCallbackTheCallersType) {
-  Halyard::HINSTANCE module = tov::platform::LoadLibraryEx(PluginLibraryPath(), 0);
+  Halyard::HINSTANCE module = tovimpl::platform::LoadLibraryEx(PluginLibraryPath(), 0);
   ASSERT_NE(module, nullptr);
   struct Seen {
     const char* type = nullptr;
     std::vector<std::uintptr_t> names;
   } seen;
   const char type[] = "PIPL";
-  EXPECT_TRUE(tov::platform::EnumResourceNames(
+  EXPECT_TRUE(tovimpl::platform::EnumResourceNames(
       module, type,
-      [](tov::platform::ModuleHandle, const char* t, std::uintptr_t name, std::intptr_t param) {
+      [](tovimpl::platform::ModuleHandle, const char* t, std::uintptr_t name, std::intptr_t param) {
         auto* into = reinterpret_cast<Seen*>(param);
         into->type = t;
         into->names.push_back(name);
@@ -172,25 +172,25 @@ TEST(ModuleLayer, EnumerationHandsTheCallbackTheCallersType) {
       reinterpret_cast<std::intptr_t>(&seen)));
   EXPECT_EQ(seen.type, type);
   EXPECT_EQ(seen.names, std::vector<std::uintptr_t>{1});
-  EXPECT_FALSE(tov::platform::EnumResourceNames(module, "ZZZZ", nullptr, 0));
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorResourceTypeNotFound);
-  EXPECT_EQ(tov::platform::FindResource(module, tov::platform::MakeIntResource(2), "PIPL"),
+  EXPECT_FALSE(tovimpl::platform::EnumResourceNames(module, "ZZZZ", nullptr, 0));
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorResourceTypeNotFound);
+  EXPECT_EQ(tovimpl::platform::FindResource(module, tovimpl::platform::MakeIntResource(2), "PIPL"),
             nullptr);
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorResourceNameNotFound);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorResourceNameNotFound);
   // Only the low 16 bits of an integer name count.
-  EXPECT_NE(tov::platform::FindResource(module, tov::platform::MakeIntResource(0x10001), "PIPL"),
+  EXPECT_NE(tovimpl::platform::FindResource(module, tovimpl::platform::MakeIntResource(0x10001), "PIPL"),
             nullptr);
-  EXPECT_TRUE(tov::platform::FreeLibrary(module));
+  EXPECT_TRUE(tovimpl::platform::FreeLibrary(module));
 }
 
 TEST(ModuleLayer, DataFileHandlesAreTaggedAndFreedOnce) {
   Halyard::HINSTANCE module =
-      tov::platform::LoadLibraryEx(PluginLibraryPath(), tov::platform::kLoadLibraryAsDatafile);
+      tovimpl::platform::LoadLibraryEx(PluginLibraryPath(), tovimpl::platform::kLoadLibraryAsDatafile);
   ASSERT_NE(module, nullptr);
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(module) & 1u, 1u);
-  EXPECT_TRUE(tov::platform::FreeLibrary(module));
-  EXPECT_FALSE(tov::platform::FreeLibrary(module));
-  EXPECT_EQ(tov::platform::GetLastError(), 6u);
+  EXPECT_TRUE(tovimpl::platform::FreeLibrary(module));
+  EXPECT_FALSE(tovimpl::platform::FreeLibrary(module));
+  EXPECT_EQ(tovimpl::platform::GetLastError(), 6u);
 }
 
 // --- identifiers ------------------------------------------------------------------
@@ -214,10 +214,10 @@ TEST(VGenerateGUID, FillsVersionFourIdentifiers) {
 }
 
 TEST(VGenerateGUID, FailingSourceGivesCreateFailedAndLeavesOutputUntouched) {
-  tov::platform::SetRandomSourceForTesting([](void*, std::uint32_t) { return false; });
+  tovimpl::platform::SetRandomSourceForTesting([](void*, std::uint32_t) { return false; });
   Halyard::_VGUID id{0x11223344u, 0x5566, 0x7788, {1, 2, 3, 4, 5, 6, 7, 8}};
   const std::uint32_t status = Halyard::VGenerateGUID(&id);
-  tov::platform::SetRandomSourceForTesting(nullptr);
+  tovimpl::platform::SetRandomSourceForTesting(nullptr);
   EXPECT_EQ(status, 0xC00B0002u);
   EXPECT_EQ(id.Data1, 0x11223344u);
   EXPECT_EQ(id.Data2, 0x5566);
@@ -227,14 +227,14 @@ TEST(VGenerateGUID, FailingSourceGivesCreateFailedAndLeavesOutputUntouched) {
 }
 
 TEST(VGenerateGUID, FieldsFollowTheRandomBytesInOrder) {
-  tov::platform::SetRandomSourceForTesting([](void* bytes, std::uint32_t size) {
+  tovimpl::platform::SetRandomSourceForTesting([](void* bytes, std::uint32_t size) {
     auto* out = static_cast<unsigned char*>(bytes);
     for (std::uint32_t i = 0; i < size; ++i) out[i] = static_cast<unsigned char>(0x10 + i);
     return true;
   });
   Halyard::_VGUID id{};
   const std::uint32_t status = Halyard::VGenerateGUID(&id);
-  tov::platform::SetRandomSourceForTesting(nullptr);
+  tovimpl::platform::SetRandomSourceForTesting(nullptr);
   ASSERT_EQ(status, 0u);
   EXPECT_EQ(id.Data1, 0x10111213u);
   EXPECT_EQ(id.Data2, 0x1415);
@@ -354,25 +354,25 @@ TEST(WaitResult, PlatformResultsMapToThreeValues) {
                       {1, Halyard::kVWaitFailed},    {257, Halyard::kVWaitFailed}};
   for (const Row& row : rows) {
     SCOPED_TRACE(row.platform);
-    EXPECT_EQ(tov::foundation::WaitResultFromPlatform(row.platform), row.result);
+    EXPECT_EQ(tovimpl::foundation::WaitResultFromPlatform(row.platform), row.result);
   }
 }
 
 TEST(EventLayer, NullHandleWaitFails) {
-  EXPECT_EQ(tov::platform::WaitForSingleObject(nullptr, 0), tov::platform::kWaitFailed);
-  EXPECT_EQ(tov::platform::GetLastError(), 6u);
-  EXPECT_FALSE(tov::platform::SetEvent(nullptr));
-  EXPECT_FALSE(tov::platform::CloseHandle(static_cast<tov::platform::EventHandle>(nullptr)));
+  EXPECT_EQ(tovimpl::platform::WaitForSingleObject(nullptr, 0), tovimpl::platform::kWaitFailed);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), 6u);
+  EXPECT_FALSE(tovimpl::platform::SetEvent(nullptr));
+  EXPECT_FALSE(tovimpl::platform::CloseHandle(static_cast<tovimpl::platform::EventHandle>(nullptr)));
 }
 
 TEST(EventLayer, ManualResetEventStaysSignalledUntilReset) {
-  tov::platform::EventHandle event = tov::platform::CreateEvent(true, true);
+  tovimpl::platform::EventHandle event = tovimpl::platform::CreateEvent(true, true);
   ASSERT_NE(event, nullptr);
-  EXPECT_EQ(tov::platform::WaitForSingleObject(event, 0), tov::platform::kWaitObject0);
-  EXPECT_EQ(tov::platform::WaitForSingleObject(event, 0), tov::platform::kWaitObject0);
-  EXPECT_TRUE(tov::platform::ResetEvent(event));
-  EXPECT_EQ(tov::platform::WaitForSingleObject(event, 0), tov::platform::kWaitTimeout);
-  EXPECT_TRUE(tov::platform::CloseHandle(event));
+  EXPECT_EQ(tovimpl::platform::WaitForSingleObject(event, 0), tovimpl::platform::kWaitObject0);
+  EXPECT_EQ(tovimpl::platform::WaitForSingleObject(event, 0), tovimpl::platform::kWaitObject0);
+  EXPECT_TRUE(tovimpl::platform::ResetEvent(event));
+  EXPECT_EQ(tovimpl::platform::WaitForSingleObject(event, 0), tovimpl::platform::kWaitTimeout);
+  EXPECT_TRUE(tovimpl::platform::CloseHandle(event));
 }
 
 }  // namespace

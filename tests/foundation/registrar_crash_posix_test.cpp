@@ -62,9 +62,9 @@ TEST(ChildProcess, RegistrarRegistersUnderFileSizeLimit) {
 
 class RegistrarCrash : public ::testing::Test {
  protected:
-  void SetUp() override { tov::foundation::ResetRegistryForTesting(); }
+  void SetUp() override { tovimpl::foundation::ResetRegistryForTesting(); }
   void TearDown() override {
-    tov::foundation::ResetRegistryForTesting();
+    tovimpl::foundation::ResetRegistryForTesting();
     TOVFoundation::Terminate(&host);
   }
   FakeHost host;
@@ -133,7 +133,7 @@ TEST_F(RegistrarCrash, FileSizeLimitFailsTheSaveAndKeepsThePreviousList) {
         FolderRegistrar::RegisterFolder(U16("C:\\Early " + std::to_string(i)), UTF16String(), file),
         0u);
   }
-  tov::foundation::ResetRegistryForTesting();
+  tovimpl::foundation::ResetRegistryForTesting();
   const std::string listPath = cache.NativeOf("MasterFolderList.xml");
   const std::string before = foundation_test::ReadFileBytes(listPath);
 

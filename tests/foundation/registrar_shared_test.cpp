@@ -33,7 +33,7 @@ using foundation_test::TempFolder;
 using foundation_test::U16;
 using foundation_test::U8;
 
-namespace platform = tov::platform;
+namespace platform = tovimpl::platform;
 
 constexpr std::uint32_t kDiskFull = 112;
 
@@ -103,17 +103,17 @@ TEST(ChildProcess, RegistrarLooksUpUntilStopped) {
 
 class SharedRegistrar : public ::testing::Test {
  protected:
-  void SetUp() override { tov::foundation::ResetRegistryForTesting(); }
+  void SetUp() override { tovimpl::foundation::ResetRegistryForTesting(); }
   void TearDown() override {
     platform::SetWriteFaultForTesting(nullptr);
-    tov::foundation::ResetRegistryForTesting();
+    tovimpl::foundation::ResetRegistryForTesting();
     TOVFoundation::Terminate(&host);
   }
   void Host() {
     host.SetFolder(TOV::Paths::kCacheFolderEntry, cache.Lib());
     ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
   }
-  static void Restart() { tov::foundation::ResetRegistryForTesting(); }
+  static void Restart() { tovimpl::foundation::ResetRegistryForTesting(); }
   std::string ListPath() const { return cache.NativeOf("MasterFolderList.xml"); }
   PropList ListOnDisk() const {
     PropList list;

@@ -31,9 +31,9 @@ using foundation_test::U8;
 // (native spelling) for entry 14, and the registry is rebuilt from scratch.
 class Registrar : public ::testing::Test {
  protected:
-  void SetUp() override { tov::foundation::ResetRegistryForTesting(); }
+  void SetUp() override { tovimpl::foundation::ResetRegistryForTesting(); }
   void TearDown() override {
-    tov::foundation::ResetRegistryForTesting();
+    tovimpl::foundation::ResetRegistryForTesting();
     TOVFoundation::Terminate(&host);
   }
   void Host(const std::string& cacheFolder) {
@@ -41,7 +41,7 @@ class Registrar : public ::testing::Test {
     ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
   }
   // As at a restart: the registry is saved, dropped and built again on next use.
-  static void Restart() { tov::foundation::ResetRegistryForTesting(); }
+  static void Restart() { tovimpl::foundation::ResetRegistryForTesting(); }
   std::string ListPath() const { return cache.NativeOf("MasterFolderList.xml"); }
   PropList ListOnDisk() const {
     PropList list;
@@ -125,7 +125,7 @@ TEST_F(Registrar, KeyRemovesOneTrailingBackslashOnly) {
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.key);
-    EXPECT_EQ(tov::foundation::RegistrarKey(row.folder, row.name), row.key);
+    EXPECT_EQ(tovimpl::foundation::RegistrarKey(row.folder, row.name), row.key);
   }
 }
 
@@ -478,7 +478,7 @@ TEST(RegistrarRestart, SecondProcessFindsFirstProcessAssignmentsAndPlistlibAgree
   while (std::getline(pairs, pair) && std::getline(results, result)) {
     const auto bar = pair.find('|');
     const std::string key =
-        tov::foundation::RegistrarKey(U16(pair.substr(0, bar)), U16(pair.substr(bar + 1)));
+        tovimpl::foundation::RegistrarKey(U16(pair.substr(0, bar)), U16(pair.substr(bar + 1)));
     expected.insert(key + "|" + result.substr(2));
   }
   std::set<std::string> seen;

@@ -86,7 +86,7 @@ TEST(StationConcurrency, ThreadsRegisterFindRetainReleaseAndDisposeAtOnce) {
   for (int i = 0; i < kThreads; ++i) threads.emplace_back(Worker, i, &failures);
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(failures.load(), 0);
-  EXPECT_EQ(tov::messaging::RegistryLockDepth(), 0);
+  EXPECT_EQ(tovimpl::messaging::RegistryLockDepth(), 0);
   // Each thread's private stations are gone; shared ones die with Terminate.
   Registry::Terminate();
   EXPECT_EQ(gCreated.load(), gDestroyed.load());
@@ -132,7 +132,7 @@ TEST(StationConcurrency, TerminateWhileOthersLookUpIsSafe) {
   for (std::thread& thread : threads) thread.join();
   Registry::Terminate();
   Registry::Terminate();
-  EXPECT_EQ(tov::messaging::RegistryLockDepth(), 0);
+  EXPECT_EQ(tovimpl::messaging::RegistryLockDepth(), 0);
 }
 
 }  // namespace

@@ -12,8 +12,8 @@
 
 namespace {
 
-using tov::messaging::LookUpStationEntry;
-using tov::messaging::RegistryLockDepth;
+using tovimpl::messaging::LookUpStationEntry;
+using tovimpl::messaging::RegistryLockDepth;
 using tovtest::Log;
 using tovtest::RecordingListener;
 
@@ -406,17 +406,17 @@ TEST_F(StationRegistryTest, UnknownNamesAreSilentNoOps) {
 }
 
 TEST_F(StationRegistryTest, DisposeAlsoDeletesStationsAwaitingDeletion) {
-  tov::messaging::DeferStationDeletion(new TrackedStation("waiting-1"));
-  tov::messaging::DeferStationDeletion(new TrackedStation("waiting-2"));
-  tov::messaging::DeferStationDeletion(nullptr);
-  EXPECT_EQ(tov::messaging::StationsAwaitingDeletion(), 2u);
+  tovimpl::messaging::DeferStationDeletion(new TrackedStation("waiting-1"));
+  tovimpl::messaging::DeferStationDeletion(new TrackedStation("waiting-2"));
+  tovimpl::messaging::DeferStationDeletion(nullptr);
+  EXPECT_EQ(tovimpl::messaging::StationsAwaitingDeletion(), 2u);
   Registry::RegisterStation("trigger", &TrackedFactory);
   Registry::DisposeStation("trigger");  // no instance: nothing happens
-  EXPECT_EQ(tov::messaging::StationsAwaitingDeletion(), 2u);
+  EXPECT_EQ(tovimpl::messaging::StationsAwaitingDeletion(), 2u);
   ASSERT_NE(Registry::FindStation("trigger"), nullptr);
   Registry::DisposeStation("trigger");
   EXPECT_EQ(mDestroyed, (Log{"trigger", "waiting-1", "waiting-2"}));
-  EXPECT_EQ(tov::messaging::StationsAwaitingDeletion(), 0u);
+  EXPECT_EQ(tovimpl::messaging::StationsAwaitingDeletion(), 0u);
 }
 
 // --- Terminate ------------------------------------------------------------------
@@ -444,10 +444,10 @@ TEST_F(StationRegistryTest, TerminateDeletesInByteWiseNameOrderOutsideTheLock) {
 }
 
 TEST_F(StationRegistryTest, TerminateDeletesStationsAwaitingDeletion) {
-  tov::messaging::DeferStationDeletion(new TrackedStation("left-over"));
+  tovimpl::messaging::DeferStationDeletion(new TrackedStation("left-over"));
   Registry::Terminate();
   EXPECT_EQ(mDestroyed, (Log{"left-over"}));
-  EXPECT_EQ(tov::messaging::StationsAwaitingDeletion(), 0u);
+  EXPECT_EQ(tovimpl::messaging::StationsAwaitingDeletion(), 0u);
 }
 
 TEST_F(StationRegistryTest, RegistryWorksAgainAfterTerminate) {

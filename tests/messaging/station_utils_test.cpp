@@ -6,7 +6,7 @@
 
 namespace {
 
-using tov::messaging::LookUpStationEntry;
+using tovimpl::messaging::LookUpStationEntry;
 using tovtest::Log;
 using tovtest::RecordingListener;
 

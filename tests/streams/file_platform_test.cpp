@@ -7,7 +7,7 @@
 #include "platform/file.h"
 #include "streams/stream_test_support.h"
 
-namespace platform = tov::platform;
+namespace platform = tovimpl::platform;
 using streamtest::Bytes;
 using streamtest::TempDir;
 

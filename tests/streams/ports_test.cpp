@@ -372,7 +372,7 @@ TEST_F(FilePortTest, SizeOfAPortWhoseOpenFailedIsZero) {
   EXPECT_EQ(port.Size(), 0u);
   EXPECT_EQ(port.Open(dir.Library("missing.bin").c_str()), TOV::kErrOpenFailed);
   EXPECT_EQ(port.Size(), 0u);
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorFileNotFound);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorFileNotFound);
   CFilePortEx portEx(Halyard::kAccessRead, 0);
   EXPECT_EQ(portEx.Open(dir.Library("missing.bin").c_str()), TOV::kErrOpenFailed);
   EXPECT_EQ(portEx.Size(), 0u);
@@ -381,7 +381,7 @@ TEST_F(FilePortTest, SizeOfAPortWhoseOpenFailedIsZero) {
 TEST_F(FilePortTest, OpenInAMissingFolderFails) {
   CFilePort port(Halyard::kAccessWrite, 0);
   EXPECT_EQ(port.Open(dir.Library("no\\such\\f.bin").c_str()), TOV::kErrOpenFailed);
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorPathNotFound);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorPathNotFound);
 }
 
 TEST_F(FilePortTest, OpenOfAnEmptyPathFails) {
@@ -429,7 +429,7 @@ TEST_F(FilePortTest, OpenOverAnOpenHandleLeavesThatHandleOpen) {
   // The first file is still held for writing: another writer is refused.
   CFilePort other(Halyard::kAccessReadWrite, 0);
   EXPECT_EQ(other.Open(dir.Library("first.bin").c_str()), TOV::kErrOpenFailed);
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorSharingViolation);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorSharingViolation);
 }
 
 TEST_F(FilePortTest, SetSizeTruncatesAndExtends) {
@@ -541,7 +541,7 @@ TEST_F(FilePortTest, ThirtyTwoBitPortAtTwoGiBSeeksNowhereAndReadsAtTheFilePositi
   // call reports kErrReadFailed.
   std::memset(out, 0xCC, sizeof out);
   EXPECT_EQ(port.Read(0x80000004u, 4, out), TOV::kErrReadFailed);
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorNegativeSeek);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorNegativeSeek);
   EXPECT_EQ(out[0], 0xA0);
   EXPECT_EQ(out[3], 0xA3);
   // A write at 2^31 lands at the file position too (now 0x80000004).
@@ -566,7 +566,7 @@ TEST_F(FilePortTest, ThirtyTwoBitPortSizeAtFourGiBIsTheLowPart) {
   // Positions of 4 GiB and more cannot be named; 0xFFFFFFF0 is a negative seek.
   unsigned char out[2] = {0xCC, 0xCC};
   EXPECT_EQ(port.Read(0xFFFFFFF0u, 2, out), TOV::kErrReadFailed);
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorNegativeSeek);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorNegativeSeek);
   EXPECT_EQ(out[0], 0);  // read at position 0 of the sparse file
 }
 

@@ -34,7 +34,7 @@ int main(int argc, char** argv) {
     return 2;
   auto port = Halyard::CPort::FilePort(path, access);
   if (!port) {
-    std::printf("%u\n", tov::platform::GetLastError());
+    std::printf("%u\n", tovimpl::platform::GetLastError());
     return 1;
   }
   return 0;

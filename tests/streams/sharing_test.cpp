@@ -99,7 +99,7 @@ TEST_F(SharingTest, ReadOnlyPortCannotOpenAFileAWriterHolds) {
   ASSERT_TRUE(writer);
   CFilePort reader(Halyard::kAccessRead, 0);
   EXPECT_EQ(reader.Open(dir.Library("f.bin").c_str()), TOV::kErrOpenFailed);
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorSharingViolation);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorSharingViolation);
 }
 
 TEST_F(SharingTest, WriterCannotOpenAFileAReaderHoldsAndDoesNotTruncateIt) {
@@ -107,7 +107,7 @@ TEST_F(SharingTest, WriterCannotOpenAFileAReaderHoldsAndDoesNotTruncateIt) {
   ASSERT_TRUE(reader);
   CFilePort writer(Halyard::kAccessWrite, 0);
   EXPECT_EQ(writer.Open(dir.Library("f.bin").c_str()), TOV::kErrOpenFailed);
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorSharingViolation);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorSharingViolation);
   EXPECT_EQ(streamtest::ReadAll(dir.Native("f.bin")), (Bytes{1, 2, 3}));
 }
 
@@ -129,7 +129,7 @@ TEST_F(SharingTest, ClosingAPortReleasesTheFile) {
 TEST_F(SharingTest, AttributeOnlyOpensTakeNoLock) {
   auto writer = CPort::FilePort(dir.Library("f.bin").c_str(), Halyard::kAccessReadWrite);
   ASSERT_TRUE(writer);
-  namespace platform = tov::platform;
+  namespace platform = tovimpl::platform;
   platform::FileHandle probe =
       platform::CreateFile(dir.Library("f.bin"), 0, 0, platform::kOpenExisting, 0);
   ASSERT_TRUE(probe.IsOpen());

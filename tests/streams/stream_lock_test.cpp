@@ -11,8 +11,8 @@
 #include "platform/sync.h"
 #include "streams/stream_state.h"
 
-using tov::streams::StreamGuard;
-using tov::streams::StreamLock;
+using tovimpl::streams::StreamGuard;
+using tovimpl::streams::StreamLock;
 
 TEST(StreamLock, ReentryRaisesAndLowersTheDepth) {
   StreamLock lock;
@@ -49,7 +49,7 @@ TEST(StreamLock, ASecondThreadRevokesTheBiasWhereTheSystemAllows) {
   { StreamGuard guard(lock); }
   std::thread other([&lock] { StreamGuard guard(lock); });
   other.join();
-  EXPECT_EQ(lock.Revoked(), tov::platform::ProcessBarrierAvailable());
+  EXPECT_EQ(lock.Revoked(), tovimpl::platform::ProcessBarrierAvailable());
   // The former bias thread still enters and leaves.
   {
     StreamGuard guard(lock);

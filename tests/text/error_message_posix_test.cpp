@@ -44,9 +44,9 @@ TEST(ErrorMessage, EveryCodeOfTheErrnoTableHasText) {
                         ENOSYS,      EOPNOTSUPP, ETIMEDOUT, EIO,    EHOSTDOWN};
   for (int error : errors) {
     SCOPED_TRACE(error);
-    const std::uint32_t code = tov::platform::posix::MapErrno(error);
+    const std::uint32_t code = tovimpl::platform::posix::MapErrno(error);
     UTF16String text;
-    EXPECT_GT(tov::platform::FormatSystemMessage(code, 0x400, text), 2u);
+    EXPECT_GT(tovimpl::platform::FormatSystemMessage(code, 0x400, text), 2u);
     ASSERT_GE(text.size(), 2u);
     EXPECT_EQ(text.substr(text.size() - 2), u"\r\n"_u16);
   }
@@ -61,10 +61,10 @@ TEST(ErrorMessage, CodeTheLayerNeverProducesGivesFallback) {
 
 TEST(ErrorMessage, SystemLayerReportsMissingText) {
   UTF16String text = u"stale"_u16;
-  tov::platform::SetLastError(0);
-  EXPECT_EQ(tov::platform::FormatSystemMessage(0xDEADBEEF, 0x400, text), 0u);
+  tovimpl::platform::SetLastError(0);
+  EXPECT_EQ(tovimpl::platform::FormatSystemMessage(0xDEADBEEF, 0x400, text), 0u);
   EXPECT_TRUE(text.empty());
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorMrMidNotFound);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorMrMidNotFound);
 }
 
 }  // namespace

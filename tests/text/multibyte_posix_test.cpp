@@ -185,46 +185,46 @@ TEST(PlatformMultiByte, LimitedCountNeverSplitsSurrogatePair) {
   ScopedThreadLocale locale(kUtf8Locale);
   char16_t buffer[4] = {u'#', u'#', u'#', u'#'};
   // "a🎬": room for two units holds "a" only; the pair needs two more.
-  EXPECT_EQ(tov::platform::MultiByteToUTF16(buffer, "a\xF0\x9F\x8E\xAC", 2), 1u);
+  EXPECT_EQ(tovimpl::platform::MultiByteToUTF16(buffer, "a\xF0\x9F\x8E\xAC", 2), 1u);
   EXPECT_EQ(buffer[0], u'a');
   EXPECT_EQ(buffer[1], u'#');
-  EXPECT_EQ(tov::platform::MultiByteToUTF16(buffer, "a\xF0\x9F\x8E\xAC", 3), 3u);
+  EXPECT_EQ(tovimpl::platform::MultiByteToUTF16(buffer, "a\xF0\x9F\x8E\xAC", 3), 3u);
   EXPECT_EQ(buffer[3], u'#');  // no room for the NUL: none written
 }
 
 TEST(PlatformMultiByte, LimitedCountNeverSplitsCharacter) {
   ScopedThreadLocale locale(kUtf8Locale);
   char buffer[4] = {'#', '#', '#', '#'};
-  EXPECT_EQ(tov::platform::UTF16ToMultiByte(buffer, u"a世", 3), 1u);
+  EXPECT_EQ(tovimpl::platform::UTF16ToMultiByte(buffer, u"a世", 3), 1u);
   EXPECT_EQ(buffer[0], 'a');
   EXPECT_EQ(buffer[1], '#');
 }
 
 TEST(PlatformMultiByte, FailureSetsLastError) {
   ScopedThreadLocale locale(kUtf8Locale);
-  tov::platform::SetLastError(0);
-  EXPECT_EQ(tov::platform::MultiByteToUTF16(nullptr, "\x80", 0), tov::platform::kMultiByteError);
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorNoUnicodeTranslation);
+  tovimpl::platform::SetLastError(0);
+  EXPECT_EQ(tovimpl::platform::MultiByteToUTF16(nullptr, "\x80", 0), tovimpl::platform::kMultiByteError);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorNoUnicodeTranslation);
 }
 
 TEST(PlatformMultiByte, MaxLengthFollowsThreadLocale) {
   {
     ScopedThreadLocale locale("C");
-    EXPECT_EQ(tov::platform::MaxMultiByteLength(), 1u);
+    EXPECT_EQ(tovimpl::platform::MaxMultiByteLength(), 1u);
   }
   {
     ScopedThreadLocale locale(kUtf8Locale);
-    EXPECT_GE(tov::platform::MaxMultiByteLength(), 4u);
+    EXPECT_GE(tovimpl::platform::MaxMultiByteLength(), 4u);
   }
 }
 
 TEST(PlatformCodePage, MeasuresWithNulThenConverts) {
   const char* text = "d\xC3\xA9j\xC3\xA0";
-  EXPECT_EQ(tov::platform::MultiByteToWideChar(0, 0, text, -1, nullptr, 0), 5);
+  EXPECT_EQ(tovimpl::platform::MultiByteToWideChar(0, 0, text, -1, nullptr, 0), 5);
   unsigned short buffer[5];
-  EXPECT_EQ(tov::platform::MultiByteToWideChar(0, 0, text, -1, buffer, 5), 5);
+  EXPECT_EQ(tovimpl::platform::MultiByteToWideChar(0, 0, text, -1, buffer, 5), 5);
   EXPECT_EQ(UTF16String(buffer), basalt::ToUTF16(u"déjà"));
-  EXPECT_EQ(tov::platform::MultiByteToWideChar(65001, 0, text, 3, buffer, 5), 2);
+  EXPECT_EQ(tovimpl::platform::MultiByteToWideChar(65001, 0, text, 3, buffer, 5), 2);
 }
 
 TEST(PlatformCodePage, FailuresReportWindowsCodes) {
@@ -237,20 +237,20 @@ TEST(PlatformCodePage, FailuresReportWindowsCodes) {
     std::int32_t outCount;
     std::uint32_t error;
   } rows[] = {
-      {0, 0, nullptr, -1, 0, tov::platform::kErrorInvalidParameter},
-      {0, 0, "abc", 0, 0, tov::platform::kErrorInvalidParameter},
-      {1252, 0, "abc", -1, 0, tov::platform::kErrorInvalidParameter},
-      {0, 8, "abc", -1, 0, tov::platform::kErrorInvalidFlags},
-      {0, 0, "abc", -1, 2, tov::platform::kErrorInsufficientBuffer},
+      {0, 0, nullptr, -1, 0, tovimpl::platform::kErrorInvalidParameter},
+      {0, 0, "abc", 0, 0, tovimpl::platform::kErrorInvalidParameter},
+      {1252, 0, "abc", -1, 0, tovimpl::platform::kErrorInvalidParameter},
+      {0, 8, "abc", -1, 0, tovimpl::platform::kErrorInvalidFlags},
+      {0, 0, "abc", -1, 2, tovimpl::platform::kErrorInsufficientBuffer},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.error);
-    tov::platform::SetLastError(0);
+    tovimpl::platform::SetLastError(0);
     EXPECT_EQ(
-        tov::platform::MultiByteToWideChar(row.codePage, row.flags, row.text, row.length,
+        tovimpl::platform::MultiByteToWideChar(row.codePage, row.flags, row.text, row.length,
                                            row.outCount == 0 ? nullptr : buffer, row.outCount),
         0);
-    EXPECT_EQ(tov::platform::GetLastError(), row.error);
+    EXPECT_EQ(tovimpl::platform::GetLastError(), row.error);
   }
 }
 

@@ -169,10 +169,10 @@ TEST(ReplaceCore, DrivesScanWithPreparedTexts) {
   const UTF16String args[] = {u"one"_u16, u""_u16};
   std::uint32_t count = 0;
   unsigned short buffer[32];
-  EXPECT_EQ(tov::text::ReplaceWithTexts(u"^1|^2|^1"_u16.c_str(), buffer, &count, args, 2), 0u);
+  EXPECT_EQ(tovimpl::text::ReplaceWithTexts(u"^1|^2|^1"_u16.c_str(), buffer, &count, args, 2), 0u);
   EXPECT_EQ(UTF16String(buffer), u"one||one"_u16);
   EXPECT_EQ(count, 8u);
-  EXPECT_EQ(tov::text::ReplaceWithTexts(u"^3"_u16.c_str(), buffer, &count, args, 2), 0xC0080003u);
+  EXPECT_EQ(tovimpl::text::ReplaceWithTexts(u"^3"_u16.c_str(), buffer, &count, args, 2), 0xC0080003u);
 }
 
 // --- Number text ------------------------------------------------------------------------

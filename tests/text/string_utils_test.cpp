@@ -137,7 +137,7 @@ TEST(StringUtilsDuplicate, Utf16ImpossibleSizeThrowsVRException) {
   const unsigned short unit = u'a';
   try {
     std::unique_ptr<unsigned short[]> copy(
-        tov::text::DuplicateUnits(&unit, std::numeric_limits<std::size_t>::max() / 2));
+        tovimpl::text::DuplicateUnits(&unit, std::numeric_limits<std::size_t>::max() / 2));
     FAIL() << "no exception";
   } catch (const TOV::TOVVRException& error) {
     EXPECT_EQ(error.GetCode(), TOV::kErrInvalidArgument);
@@ -151,7 +151,7 @@ TEST(StringUtilsDuplicate, Utf16AllocationFailureThrowsVRException) {
   const unsigned short unit = u'a';
   try {
     // A valid array size no machine has memory for: nothrow new answers nullptr.
-    std::unique_ptr<unsigned short[]> copy(tov::text::DuplicateUnits(
+    std::unique_ptr<unsigned short[]> copy(tovimpl::text::DuplicateUnits(
         &unit, static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max()) / 4));
     FAIL() << "no exception";
   } catch (const TOV::TOVVRException& error) {

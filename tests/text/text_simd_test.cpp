@@ -28,7 +28,7 @@
 
 namespace {
 
-using tov::platform::SimdLevel;
+using tovimpl::platform::SimdLevel;
 using Bytes = std::vector<unsigned char>;
 
 #if defined(TOV_TEXT_SIMD_REDUCED_CASES)
@@ -44,7 +44,7 @@ constexpr std::size_t kMaxUnits = 256;
 // The vector levels this processor can run.
 std::vector<SimdLevel> VectorLevels() {
   std::vector<SimdLevel> levels;
-  const SimdLevel top = tov::platform::ProcessorSimdLevel();
+  const SimdLevel top = tovimpl::platform::ProcessorSimdLevel();
   if (top >= SimdLevel::kAvx2) levels.push_back(SimdLevel::kAvx2);
   if (top >= SimdLevel::kAvx512) levels.push_back(SimdLevel::kAvx512);
   return levels;
@@ -262,7 +262,7 @@ struct Utf16Case {
   }
 };
 
-namespace b64 = tov::text::base64;
+namespace b64 = tovimpl::text::base64;
 
 struct EncodeCase {
   UTF16String expected, actual;
@@ -319,15 +319,15 @@ const b64::Kernels& Base64Scalar() { return b64::KernelsFor(SimdLevel::kScalar);
 TEST(TextSimdDispatch, LevelIsTheProcessorsUnlessForcedScalar) {
   const char* forced = std::getenv("TOV_FORCE_SCALAR");
   const bool scalar = forced != nullptr && forced[0] != '\0' && std::strcmp(forced, "0") != 0;
-  const SimdLevel level = tov::platform::TextSimdLevel();
-  std::printf("text conversions: %s (processor: %s)\n", tov::platform::SimdLevelName(level),
-              tov::platform::SimdLevelName(tov::platform::ProcessorSimdLevel()));
+  const SimdLevel level = tovimpl::platform::TextSimdLevel();
+  std::printf("text conversions: %s (processor: %s)\n", tovimpl::platform::SimdLevelName(level),
+              tovimpl::platform::SimdLevelName(tovimpl::platform::ProcessorSimdLevel()));
 #if defined(TOV_FORCE_SCALAR)
   const bool built = true;
 #else
   const bool built = false;
 #endif
-  EXPECT_EQ(level, built || scalar ? SimdLevel::kScalar : tov::platform::ProcessorSimdLevel());
+  EXPECT_EQ(level, built || scalar ? SimdLevel::kScalar : tovimpl::platform::ProcessorSimdLevel());
 }
 
 // --- ten million random inputs per path --------------------------------------------
@@ -545,7 +545,7 @@ TEST(TextSimdPositions, LongTextsAcrossPieces) {
 // Inputs of every length up to 300 that end where an inaccessible page
 // begins, and that start right after one, through every level's kernels.
 TEST(TextSimdBounds, NoLevelReadsOutsideItsInput) {
-  tov::platform::GuardedPages pages(64 * 1024);
+  tovimpl::platform::GuardedPages pages(64 * 1024);
   ASSERT_TRUE(pages.ok());
   const std::string utf8 = Utf8Pool(0x5EED000C, 400);
   const UTF16String utf16 = Utf16Pool(0x5EED000D, 400);
@@ -559,7 +559,7 @@ TEST(TextSimdBounds, NoLevelReadsOutsideItsInput) {
   std::vector<unsigned short> scratchUnits(300 + basalt::utf::kKernelSlack);
   std::vector<unsigned char> scratchBytes(3 * 300 + basalt::utf::kKernelSlack);
   for (SimdLevel level : levels) {
-    SCOPED_TRACE(tov::platform::SimdLevelName(level));
+    SCOPED_TRACE(tovimpl::platform::SimdLevelName(level));
     const auto& utf = basalt::utf::KernelsFor(level);
     const auto& b64k = b64::KernelsFor(level);
     for (std::size_t length = 0; length <= 300; ++length) {

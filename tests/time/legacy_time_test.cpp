@@ -185,11 +185,11 @@ TEST(LegacyTime, TimeStringIsLocalTimeWhileSystemTimeIsUtc) {
 
 TEST(ClockLayer, TimeFormatAnswersTheLengthThenFills) {
   const ScopedEnv lcAll("LC_ALL", "C");
-  const int needed = tov::platform::GetTimeFormatW(nullptr, 0);
+  const int needed = tovimpl::platform::GetTimeFormatW(nullptr, 0);
   ASSERT_EQ(needed, 9);  // "hh:mm:ss" and the NUL
   unsigned short buffer[16];
   std::fill(std::begin(buffer), std::end(buffer), 0xFFFF);
-  EXPECT_EQ(tov::platform::GetTimeFormatW(buffer, 16), 9);
+  EXPECT_EQ(tovimpl::platform::GetTimeFormatW(buffer, 16), 9);
   EXPECT_EQ(buffer[8], 0);
   EXPECT_EQ(buffer[2], u':');
   EXPECT_EQ(buffer[9], 0xFFFF);
@@ -198,11 +198,11 @@ TEST(ClockLayer, TimeFormatAnswersTheLengthThenFills) {
 TEST(ClockLayer, TimeFormatReportsShortAndNullBuffers) {
   const ScopedEnv lcAll("LC_ALL", "C");
   unsigned short buffer[4];
-  tov::platform::SetLastError(0);
-  EXPECT_EQ(tov::platform::GetTimeFormatW(buffer, 4), 0);
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorInsufficientBuffer);
-  EXPECT_EQ(tov::platform::GetTimeFormatW(nullptr, 4), 0);
-  EXPECT_EQ(tov::platform::GetLastError(), tov::platform::kErrorInvalidParameter);
+  tovimpl::platform::SetLastError(0);
+  EXPECT_EQ(tovimpl::platform::GetTimeFormatW(buffer, 4), 0);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorInsufficientBuffer);
+  EXPECT_EQ(tovimpl::platform::GetTimeFormatW(nullptr, 4), 0);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorInvalidParameter);
 }
 
 }  // namespace

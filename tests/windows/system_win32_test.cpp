@@ -13,7 +13,7 @@
 #include "platform/system.h"
 
 using namespace basalt::literals;
-namespace platform = tov::platform;
+namespace platform = tovimpl::platform;
 
 namespace {
 

@@ -63,7 +63,7 @@ FrameRate ParseRate(const std::string& text) {
   const double fps = tovtool::ParseNumber(text, "--rate");
   // A frame must last at least one tick: above 254016000000 fps it would
   // last none, and every division by the frame length would fail.
-  if (fps < 1.0 || fps > tov::time::kTicksPerSecondDouble) {
+  if (fps < 1.0 || fps > tovimpl::time::kTicksPerSecondDouble) {
     throw tovtool::UsageError("--rate must be 1 to 254016000000 frames per second, not '" + text +
                               "'");
   }

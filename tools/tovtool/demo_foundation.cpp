@@ -105,7 +105,7 @@ void DemoFoundation(std::ostream& out) {
   out << "MasterFolderList.xml:\n" << listText.str();
 
   basalt::proplist::PropList properties;
-  tov::MetadataList meta(&properties);
+  tovimpl::MetadataList meta(&properties);
   out << "metadata dirty before: " << meta.IsDirty();
   meta.SetValue(u"Title"_u16, u"Clip 1"_u16);
   UTF16String title;
