@@ -2,7 +2,11 @@
 #   make test   set up, build the dev configuration and run every test
 #   make demo   set up, build and run the tool's end-to-end demo
 #   make test-windows  cross-build for Windows x64 and run every test under Wine
+#   make package       Debian packages in build/package/packages (libtovfoundation0,
+#                      libtovfoundation-dev, tovtool); make test-package installs,
+#                      uses and removes them in a throwaway root
 .PHONY: all deps build test demo test-asan test-tsan test-install test-windows format clean
+.PHONY: package test-package
 
 PRESET ?= dev
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
@@ -43,6 +47,17 @@ test-windows:
 	cmake --preset windows
 	cmake --build --preset windows -j $(JOBS)
 	ctest --preset windows
+
+# Debian packages: the package preset (RelWithDebInfo,
+# prefix /usr), building only the library and the tool.
+package:
+	@bash scripts/install-deps --package
+	cmake --preset package
+	cmake --build --preset package -j $(JOBS) --target tovfoundation tovtool
+	cd build/package && cpack --config CPackConfig.cmake
+
+test-package: package
+	ctest --preset package -L package
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
