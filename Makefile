@@ -5,8 +5,10 @@
 #   make package       Debian packages in build/package/packages (libtovfoundation0,
 #                      libtovfoundation-dev, tovtool); make test-package installs,
 #                      uses and removes them in a throwaway root
+#   make abi-check     compare libtovfoundation.so.0 with the baseline in abi/ and
+#                      check its exports; make abi-update records a new baseline
 .PHONY: all deps build test demo test-asan test-tsan test-install test-windows format clean
-.PHONY: package test-package
+.PHONY: package test-package abi-build abi-check abi-update
 
 PRESET ?= dev
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
@@ -48,7 +50,7 @@ test-windows:
 	cmake --build --preset windows -j $(JOBS)
 	ctest --preset windows
 
-# Debian packages: the package preset (RelWithDebInfo,
+# Debian packages and the ABI guard: the package preset (RelWithDebInfo,
 # prefix /usr), building only the library and the tool.
 package:
 	@bash scripts/install-deps --package
@@ -58,6 +60,17 @@ package:
 
 test-package: package
 	ctest --preset package -L package
+
+abi-build:
+	@bash scripts/install-deps --package
+	cmake --preset package
+	cmake --build --preset package -j $(JOBS) --target tovfoundation
+
+abi-check: abi-build
+	ctest --preset package -L abi
+
+abi-update: abi-build
+	bash abi/abi.sh update build/package
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i

@@ -375,7 +375,7 @@ namespace TOV {
 
 using namespace tovimpl::time;
 
-class Timecode::PrivateImpl : public Impl {
+class TOV_HIDDEN Timecode::PrivateImpl : public Impl {
  public:
   PrivateImpl(Time time, FrameRate rate, std::uint32_t format, const Style& style)
       : mTime(time), mFrameRate(rate), mFormat(format), mStyle(style) {
