@@ -6,7 +6,7 @@
 #   abi/abi.sh exports BUILD_DIR  only check the exported names
 #
 # BUILD_DIR holds a build with debug information (the package preset:
-# RelWithDebInfo). The baseline, abi/libtovfoundation.so.0.abi, is abidw's
+# RelWithDebInfo). The baseline, abi/libtovfoundation.abi, is abidw's
 # description of the public interface: only the types the headers in include/
 # define, no file paths, no source locations, hash type identifiers, so that
 # the same library always gives the same file.
@@ -23,7 +23,7 @@ set -euo pipefail
 
 here=$(cd "$(dirname "$0")" && pwd)
 source_dir=$(dirname "$here")
-baseline=$here/libtovfoundation.so.0.abi
+baseline=$here/libtovfoundation.abi
 allow=$here/exports.allow
 
 usage() {
@@ -33,7 +33,8 @@ usage() {
 [[ $# -eq 2 ]] || usage
 mode=$1
 build=$2
-library=$build/lib/libtovfoundation.so.0
+# The development link leads to the library whatever its soname.
+library=$build/lib/libtovfoundation.so
 [[ -e "$library" ]] || { echo "abi: no $library: build the package preset first" >&2; exit 2; }
 library=$(readlink -f "$library")
 sections=$(readelf --section-headers --wide "$library")
