@@ -34,7 +34,9 @@ fail() {
 rm -rf "$work"
 root=$work/root
 admin=$root/var/lib/dpkg
-mkdir -p "$admin/info" "$admin/updates" "$admin/triggers" "$work/bin"
+mkdir -p "$admin/info" "$admin/updates" "$admin/triggers" "$work/bin" "$work/tmp"
+# The programs' temporary files and folders stay in the work folder.
+export TMPDIR=$work/tmp
 touch "$admin/status" "$admin/available"
 
 cat >"$work/bin/ldconfig" <<STUB
