@@ -28,10 +28,9 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(TOV_DEB_VERSION "${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}")
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "${CPACK_PACKAGE_CONTACT}")
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
-set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "https://c-seed-ae0fc655.example/tovfoundation")
-# Run-time dependencies come from dpkg-shlibdeps; it also finds the library in
-# this build for tovtool (no dependency information there: that one is given
-# below by hand).
+# Run-time dependencies come from dpkg-shlibdeps. For tovtool it finds
+# libtovfoundation.so.0 in this build's lib folder, which no installed package
+# describes: that dependency is given by hand below.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 
@@ -41,7 +40,6 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libtovfoundation${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # The library's ldconfig runs through the trigger libc-bin declares, so its
 # maintainer scripts are ours (they do nothing) rather than CPack's, which
 # would call ldconfig themselves.
