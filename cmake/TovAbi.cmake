@@ -6,3 +6,14 @@ if(TOV_BUILD_TESTS AND TOV_PACKAGE_CHECKS)
     COMMAND bash ${CMAKE_SOURCE_DIR}/abi/abi.sh check ${CMAKE_BINARY_DIR})
   set_tests_properties(abi_baseline_and_exports PROPERTIES LABELS abi TIMEOUT 300)
 endif()
+
+# A host implementing the library's interfaces, against the sanitized library
+# of the asan preset: UBSan's dynamic type checks run on both sides of the
+# boundary (the unsanitized case runs in the package test).
+if(TOV_BUILD_TESTS AND TOV_SANITIZE STREQUAL "address" AND NOT CMAKE_CROSSCOMPILING)
+  add_test(NAME interfaces_across_boundary_sanitized
+    COMMAND bash ${CMAKE_SOURCE_DIR}/tests/package/sanitized-interfaces.sh ${CMAKE_BINARY_DIR}
+            ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR}/interfaces-test ${CMAKE_CXX_COMPILER}
+            "-fsanitize=address,undefined")
+  set_tests_properties(interfaces_across_boundary_sanitized PROPERTIES LABELS interfaces TIMEOUT 600)
+endif()
