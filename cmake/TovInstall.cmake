@@ -6,6 +6,8 @@ install(TARGETS tovfoundation EXPORT tovfoundationTargets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+# The header folders are installed whole, per-concept subfolders
+# (tovfoundation/files/, tovfoundation/streams/) included.
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/include/tovfoundation ${CMAKE_SOURCE_DIR}/include/basalt
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT tovfoundationTargets NAMESPACE tovfoundation::
