@@ -8,6 +8,8 @@ install(TARGETS tovfoundation EXPORT tovfoundationTargets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
+# The header folders are installed whole, per-concept subfolders
+# (tovfoundation/files/, tovfoundation/streams/) included.
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/include/tovfoundation ${CMAKE_SOURCE_DIR}/include/basalt
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
 install(EXPORT tovfoundationTargets NAMESPACE tovfoundation::
