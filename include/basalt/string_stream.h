@@ -16,13 +16,13 @@
 namespace basalt {
 
 // A narrow output string stream imbued with the classic locale.
-class UTF8StringStream : public std::ostringstream {
+class TOV_INTERFACE UTF8StringStream : public std::ostringstream {
  public:
   UTF8StringStream() { imbue(std::locale::classic()); }
 };
 
 // A narrow input string stream imbued with the classic locale.
-class UTF8InputStringStream : public std::istringstream {
+class TOV_INTERFACE UTF8InputStringStream : public std::istringstream {
  public:
   explicit UTF8InputStringStream(const UTF8String& text) : std::istringstream(text) {
     imbue(std::locale::classic());

@@ -169,7 +169,7 @@ struct VideoInfo {
 
 // The interface root. QueryInterface answers with a status, AddRef and Release
 // with the new reference count.
-class IVUnknown {
+class TOV_INTERFACE IVUnknown {
  public:
   virtual std::uint32_t QueryInterface(const _VGUID& id, void** out) = 0;
   virtual std::uint32_t AddRef() = 0;
@@ -185,7 +185,7 @@ class IVUnknown {
 // take the service name (8-bit, NUL-terminated), the interface version, and the
 // address of a pointer-sized variable that receives (or holds) the service;
 // they answer a 32-bit status, 0 for success. The host owns the object.
-class IVServicesManager {
+class TOV_INTERFACE IVServicesManager {
  public:
   virtual std::uint32_t QueryInterface(const _VGUID& id, void** out) = 0;
   virtual std::uint32_t AddRef() = 0;

@@ -5,6 +5,18 @@
 // gets exports, and a static build (TOVFOUNDATION_STATIC, used by the unit tests)
 // gets nothing.
 //
+// TOV_INTERFACE marks the polymorphic classes a host implements in its own
+// binary (IVUnknown, IVServicesManager, IVReadStream, ...): classes with no
+// out-of-line member the library could export, whose type information (typeinfo
+// and its name) is emitted in every binary that needs it. On ELF the class gets
+// default visibility, so the library's copy is exported and the dynamic linker
+// keeps ONE type_info per class for the host and the library: typeid, dynamic_cast
+// and the sanitizers' dynamic type checks then agree across the boundary,
+// whichever side created the object. On Windows it is empty: a class-wide
+// dllexport/dllimport would export every inline member instead, and both
+// libstdc++ (mingw-w64) and the Microsoft runtime compare type_info by name
+// across modules, so each module's own copy already compares equal.
+//
 // TOV_HIDDEN keeps a class out of the exported interface even where it is
 // nested in an exported class (a private implementation type): on ELF a nested
 // class inherits the visibility of the class around it.
@@ -23,7 +35,9 @@
 #endif
 
 #if defined(_WIN32)
+#define TOV_INTERFACE
 #define TOV_HIDDEN
 #else
+#define TOV_INTERFACE __attribute__((visibility("default")))
 #define TOV_HIDDEN __attribute__((visibility("hidden")))
 #endif

@@ -274,11 +274,11 @@ class TOV_API MetadataList {
 
 // Caller-side function objects of the folder metadata search; the library only
 // stores or passes references to them.
-class FolderMetadataGeneratorFunc {
+class TOV_INTERFACE FolderMetadataGeneratorFunc {
  public:
   virtual ~FolderMetadataGeneratorFunc() = default;
 };
-class FileFilterFunc {
+class TOV_INTERFACE FileFilterFunc {
  public:
   virtual ~FileFilterFunc() = default;
 };

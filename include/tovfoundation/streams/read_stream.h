@@ -14,7 +14,7 @@ namespace Halyard {
 
 // A buffered reader with a current position. Positions and sizes are 32-bit.
 // The functions are those of CReadStream (see there).
-class IVReadStream : public IVUnknown {
+class TOV_INTERFACE IVReadStream : public IVUnknown {
  public:
   virtual std::uint32_t GetPos(std::uint32_t* pos) const = 0;
   virtual std::uint32_t SetPos(std::uint32_t pos) = 0;

@@ -15,7 +15,7 @@ namespace Halyard {
 
 // A buffered writer with a current position (32-bit access). The functions
 // are those of CWriteStream (see there).
-class IVWriteStream : public IVUnknown {
+class TOV_INTERFACE IVWriteStream : public IVUnknown {
  public:
   virtual std::uint32_t GetPos(std::uint32_t* pos) const = 0;
   virtual std::uint32_t SetPos(std::uint32_t pos) = 0;
@@ -34,7 +34,7 @@ class IVWriteStream : public IVUnknown {
 };
 
 // IVWriteStream with 64-bit positions.
-class IVWriteStream2 : public IVWriteStream {
+class TOV_INTERFACE IVWriteStream2 : public IVWriteStream {
  public:
   virtual std::uint32_t GetPosW(std::uint64_t* pos) const = 0;
   virtual std::uint32_t SetPosW(std::uint64_t pos) = 0;
