@@ -87,7 +87,8 @@ libdir=$root/usr/lib/$multiarch
 [[ -L "$libdir/libtovfoundation.so" ]] || fail "the development link is missing"
 [[ -L "$libdir/libtovfoundation.so.0" ]] || fail "the soname link is missing"
 for deb in "${debs[@]}"; do
-  dpkg-deb --contents "$deb" | awk '{print $6}' | grep -q "/usr/share/doc/.*/copyright" ||
+  contents=$(dpkg-deb --contents "$deb")
+  [[ "$contents" =~ \./usr/share/doc/[a-z0-9-]+/copyright ]] ||
     fail "$(basename "$deb") carries no copyright file"
 done
 
@@ -99,12 +100,12 @@ cmake -S "$source_dir/tests/consumer" -B "$work/consumer" -G Ninja \
 grep -q "tovfoundation from $root/usr" "$work/consumer-configure.log" ||
   fail "the consumer did not find the installed package: $(cat "$work/consumer-configure.log")"
 cmake --build "$work/consumer" >"$work/consumer-build.log"
-ldd "$work/consumer/consumer" | grep -q "libtovfoundation.so.0 => $libdir/" ||
-  fail "the consumer does not load the installed library: $(ldd "$work/consumer/consumer")"
+libraries=$(ldd "$work/consumer/consumer")
+[[ "$libraries" == *"libtovfoundation.so.0 => $libdir/"* ]] ||
+  fail "the consumer does not load the installed library: $libraries"
 "$work/consumer/consumer"
-for program in "$work"/consumer/interfaces; do
-  [[ -x "$program" ]] && UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 "$program"
-done
+# The host's implementations of the library's interfaces, under UBSan.
+UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 "$work/consumer/interfaces"
 
 export PKG_CONFIG_PATH=$libdir/pkgconfig
 export PKG_CONFIG_LIBDIR=$libdir/pkgconfig
