@@ -7,8 +7,10 @@
 #                      uses and removes them in a throwaway root
 #   make abi-check     compare libtovfoundation.so.0 with the baseline in abi/ and
 #                      check its exports; make abi-update records a new baseline
+#   make docs          the API reference (Doxygen) into build/docs/html, checked in
+#                      headless Chromium
 .PHONY: all deps build test demo test-asan test-tsan test-install test-windows format clean
-.PHONY: package test-package abi-build abi-check abi-update
+.PHONY: package test-package abi-build abi-check abi-update docs
 
 PRESET ?= dev
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
@@ -71,6 +73,11 @@ abi-check: abi-build
 
 abi-update: abi-build
 	bash abi/abi.sh update build/package
+# Doxygen warnings are errors (an undocumented public name, a broken reference);
+# tests/docs/check_pages.py then opens the pages in headless Chromium.
+docs:
+	@bash scripts/install-deps --docs
+	bash scripts/docs
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i

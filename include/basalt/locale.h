@@ -7,6 +7,7 @@
 
 namespace basalt {
 
+// The library's locales.
 struct TOV_API Locale {
   // The user's native locale: the one the environment names (LC_ALL, LC_CTYPE,
   // LANG), or the classic locale when that name is unknown to the system. Made

@@ -14,6 +14,8 @@
 
 namespace basalt::config {
 
+// The localised strings of the library: a key with its English default
+// ("$$$/Area/Name=Default text") looked up in the installed translations.
 class TOV_API Localizer {
  public:
   // The text for `keyAndDefault`.

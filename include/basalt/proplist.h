@@ -64,9 +64,13 @@ namespace basalt::proplist {
 class TOV_API PropList {
  public:
   PropList();
+  // Copies the whole tree.
   PropList(const PropList& other);
+  // Takes the other's tree; the other is left empty.
   PropList(PropList&& other) noexcept;
+  // Replaces the tree with a copy of the other's.
   PropList& operator=(const PropList& other);
+  // Replaces the tree with the other's; the other is left empty.
   PropList& operator=(PropList&& other) noexcept;
   virtual ~PropList();
 
@@ -99,6 +103,7 @@ class TOV_API PropList {
   bool Remove(const UTF8String& key);
   // The number of keys at this level.
   std::size_t Size() const;
+  // True when there is no key at this level.
   bool Empty() const;
   // The keys at this level, in byte order.
   std::vector<UTF8String> Keys() const;
@@ -119,14 +124,18 @@ class TOV_API PropList {
 // SavePropList; what() says the same in words.
 class TOV_API PropListError : public std::runtime_error {
  public:
+  // What went wrong.
   enum class Kind {
     kOpenFailed,    // the file could not be opened (missing, no access, a folder)
     kReadFailed,    // reading it failed
     kNotAPropList,  // empty, truncated, malformed, or not a property list
     kWriteFailed,   // the new file could not be written, flushed or put in place
   };
+  // An error of `kind`, with the Windows error code of the failed call (0 for
+  // none) and the text what() returns.
   PropListError(Kind kind, std::uint32_t systemError, const std::string& message);
   ~PropListError() override;
+  // What went wrong.
   Kind GetKind() const noexcept { return mKind; }
   // The Windows error code of the failed system call; 0 for kNotAPropList.
   std::uint32_t GetSystemError() const noexcept { return mSystemError; }
@@ -177,6 +186,7 @@ TOV_API bool IsStorableText(std::string_view text);
 // The XML text SavePropList writes, and the parser LoadPropList uses, on
 // bytes in memory. ParsePropList throws PropListError(kNotAPropList).
 TOV_API std::string FormatPropList(const PropList& list);
+// Replaces `list`'s contents with the property list in `bytes`.
 TOV_API void ParsePropList(const std::string& bytes, PropList& list);
 
 }  // namespace utils

@@ -24,6 +24,7 @@ class TOV_INTERFACE UTF8StringStream : public std::ostringstream {
 // A narrow input string stream imbued with the classic locale.
 class TOV_INTERFACE UTF8InputStringStream : public std::istringstream {
  public:
+  // Reads `text`.
   explicit UTF8InputStringStream(const UTF8String& text) : std::istringstream(text) {
     imbue(std::locale::classic());
   }
@@ -34,15 +35,18 @@ class TOV_INTERFACE UTF8InputStringStream : public std::istringstream {
 // they are.
 class UTF16StringStream {
  public:
+  // Appends `value`, formatted as a UTF8StringStream formats it.
   template <typename T>
   UTF16StringStream& operator<<(const T& value) {
     mNarrow << value;
     return *this;
   }
+  // Appends `text` as it is.
   UTF16StringStream& operator<<(const UTF16String& text) {
     mNarrow << UTF16to8(text);
     return *this;
   }
+  // The text so far, as UTF-16.
   UTF16String str() const { return UTF8to16(mNarrow.str()); }
 
  private:

@@ -34,28 +34,40 @@ namespace basalt {
 // guarantees std::char_traits for the character types, so the library carries
 // its own: comparisons are by unsigned code-unit value.
 struct UTF16CharTraits {
+  // The code unit.
   using char_type = unsigned short;
+  // A code unit or eof().
   using int_type = std::uint32_t;
+  // Stream offsets.
   using off_type = std::streamoff;
+  // Stream positions.
   using pos_type = std::streampos;
+  // Conversion state (unused).
   using state_type = std::mbstate_t;
+  // Comparisons are total orders.
   using comparison_category = std::strong_ordering;
 
+  // to = from.
   static constexpr void assign(char_type& to, const char_type& from) noexcept { to = from; }
+  // a == b.
   static constexpr bool eq(char_type a, char_type b) noexcept { return a == b; }
+  // a < b, by unsigned value.
   static constexpr bool lt(char_type a, char_type b) noexcept { return a < b; }
 
+  // Compares `n` units: negative, 0 or positive.
   static constexpr int compare(const char_type* a, const char_type* b, std::size_t n) noexcept {
     for (std::size_t i = 0; i < n; ++i) {
       if (a[i] != b[i]) return a[i] < b[i] ? -1 : 1;
     }
     return 0;
   }
+  // The number of units before the first zero unit.
   static constexpr std::size_t length(const char_type* s) noexcept {
     std::size_t n = 0;
     while (s[n] != 0) ++n;
     return n;
   }
+  // The first of `n` units equal to `c`, or null.
   static constexpr const char_type* find(const char_type* s, std::size_t n,
                                          const char_type& c) noexcept {
     for (std::size_t i = 0; i < n; ++i) {
@@ -63,24 +75,32 @@ struct UTF16CharTraits {
     }
     return nullptr;
   }
+  // Copies `n` units; the ranges may overlap.
   static char_type* move(char_type* to, const char_type* from, std::size_t n) noexcept {
     if (n != 0) std::memmove(to, from, n * sizeof(char_type));
     return to;
   }
+  // Copies `n` units; the ranges must not overlap.
   static char_type* copy(char_type* to, const char_type* from, std::size_t n) noexcept {
     // std::copy rather than memcpy: the same code, and GCC's object-size
     // analysis of basic_string growth paths does not misfire on it.
     std::copy(from, from + n, to);
     return to;
   }
+  // Sets `n` units to `c`.
   static constexpr char_type* assign(char_type* s, std::size_t n, char_type c) noexcept {
     for (std::size_t i = 0; i < n; ++i) s[i] = c;
     return s;
   }
+  // 0xFFFFFFFF, a value no code unit has.
   static constexpr int_type eof() noexcept { return 0xFFFFFFFFu; }
+  // `c`, or 0 when `c` is eof().
   static constexpr int_type not_eof(int_type c) noexcept { return c == eof() ? 0 : c; }
+  // The code unit of `c`.
   static constexpr char_type to_char_type(int_type c) noexcept { return static_cast<char_type>(c); }
+  // `c` as int_type.
   static constexpr int_type to_int_type(char_type c) noexcept { return c; }
+  // a == b.
   static constexpr bool eq_int_type(int_type a, int_type b) noexcept { return a == b; }
 };
 
@@ -88,6 +108,7 @@ struct UTF16CharTraits {
 
 // UTF-16 text: code units, not characters (a character outside the BMP takes two).
 using UTF16String = std::basic_string<unsigned short, basalt::UTF16CharTraits>;
+// A view of UTF-16 text.
 using UTF16StringView = std::basic_string_view<unsigned short, basalt::UTF16CharTraits>;
 // UTF-8 text.
 using UTF8String = std::string;

@@ -20,10 +20,12 @@ namespace basalt {
 
 // UTF-8 → UTF-16.
 TOV_API UTF16String UTF8to16(const char* text, std::size_t length);
+// UTF-8 → UTF-16, the whole view.
 TOV_API UTF16String UTF8to16(std::string_view text);
 
 // UTF-16 → UTF-8.
 TOV_API UTF8String UTF16to8(const unsigned short* text, std::size_t length);
+// UTF-16 → UTF-8, the whole view.
 TOV_API UTF8String UTF16to8(UTF16StringView text);
 
 // Bytes → code units one for one (each byte zero-extended), over exactly

@@ -7,8 +7,8 @@
 // file layer's exceptions; the buffer primitives of the text subsystem throw
 // TOV::TOVVRException for null pointers.
 //
-// Type words: the interface's 32-bit integers are std::uint32_t/std::int32_t,
-// its 64-bit ones std::uint64_t/std::int64_t, 16-bit ones std::uint16_t/
+// Type words: the interface's 32-bit integers are std::uint32_t and std::int32_t,
+// its 64-bit ones std::uint64_t and std::int64_t, 16-bit ones std::uint16_t and
 // std::int16_t; text is UTF16String (basalt/strings.h).
 #pragma once
 
@@ -23,8 +23,10 @@
 // ---------------------------------------------------------------------------
 namespace TOV {
 
+// A 32-bit status: 0 for success, else one of the kErr codes below.
 using Status = std::uint32_t;
 
+// 0: the operation succeeded.
 inline constexpr Status kSuccess = 0;
 inline constexpr Status kErrInvalidArgument = 0xC0080001u;  // an argument is out of range
 inline constexpr Status kErrInvalidPointer =
@@ -59,14 +61,18 @@ inline constexpr Status kErrGeneric = 0xFFFFFFFFu;
 class TOV_API TOVException : public std::exception {
  public:
   TOVException() noexcept = default;
+  // The fixed text given above.
   const char* what() const noexcept override;
 };
 
 // Carries a 32-bit status code. what() == "class TOV::TOVVRException".
 class TOV_API TOVVRException : public TOVException {
  public:
+  // An exception carrying `code`.
   explicit TOVVRException(Status code) noexcept : mCode(code) {}
+  // The status code given at construction.
   Status GetCode() const noexcept { return mCode; }
+  // The fixed text given above, whatever the code.
   const char* what() const noexcept override;
 
  private:
@@ -78,7 +84,9 @@ class TOV_API TOVVRException : public TOVException {
 class TOV_API Impl {
  public:
   Impl() = default;
+  // Copies nothing: the base holds no data.
   Impl(const Impl&) = default;
+  // Assigns nothing: the base holds no data.
   Impl& operator=(const Impl&) = default;
   virtual ~Impl();
 };
@@ -106,7 +114,7 @@ enum HaldByteOrdering : std::int32_t {
 
 // A calendar date-time record, filled from file times and the system clock.
 struct VDateTime {
-  std::uint16_t year;
+  std::uint16_t year;          // the full year, e.g. 2026
   std::uint16_t milliseconds;  // 0–999
   std::int32_t kind;           // 2: the time is in UTC
   std::uint8_t day;            // 1–31
@@ -118,10 +126,10 @@ struct VDateTime {
 
 // A 128-bit identifier in the standard GUID layout.
 struct _VGUID {
-  std::uint32_t Data1;
-  std::uint16_t Data2;
-  std::uint16_t Data3;
-  std::uint8_t Data4[8];
+  std::uint32_t Data1;    // the first 32 bits
+  std::uint16_t Data2;    // the next 16 bits
+  std::uint16_t Data3;    // the next 16 bits
+  std::uint8_t Data4[8];  // the last 64 bits, byte by byte
 };
 
 // A legacy time record of the media plug-in interfaces: a unit code and a
@@ -129,8 +137,8 @@ struct _VGUID {
 // 1 units of 100 ns, all 64 bits signed; 3 a count of frames or samples, low
 // 32 bits; anything else is not converted).
 struct HaldTimeCode {
-  std::uint32_t unit;
-  std::uint64_t value;
+  std::uint32_t unit;   // 0 milliseconds, 1 units of 100 ns, 3 frames or samples
+  std::uint64_t value;  // the time in that unit
 };
 
 // Audio sample sizes (one bit each; any 32-bit value may be stored).
@@ -148,34 +156,38 @@ enum enumVAudioSampleSize : std::uint32_t {
 // The audio format record of the plug-in interface: a channel mask (one bit
 // per channel), the sample size and the sample rate.
 struct AudioInfo {
-  std::uint32_t audioMode;
-  enumVAudioSampleSize sampleSize;
-  std::uint32_t sampleRate;
+  std::uint32_t audioMode;          // the channel mask, one bit per channel
+  enumVAudioSampleSize sampleSize;  // one of the sample size bits
+  std::uint32_t sampleRate;         // samples per second
 };
 
 // A plain pair of 32-bit width and height.
 struct VSize {
-  std::int32_t width;
-  std::int32_t height;
+  std::int32_t width;   // the width
+  std::int32_t height;  // the height
 };
 
 // The video format record of the plug-in interface: the frame size and the
 // frame-rate pair (frames per second = frameRateNumerator / frameRateDenominator).
 struct VideoInfo {
-  VSize size;
-  std::uint32_t frameRateNumerator;
-  std::uint32_t frameRateDenominator;
+  VSize size;                          // the frame size in pixels
+  std::uint32_t frameRateNumerator;    // frames per second, numerator
+  std::uint32_t frameRateDenominator;  // frames per second, denominator
 };
 
 // The interface root. QueryInterface answers with a status, AddRef and Release
 // with the new reference count.
 class TOV_INTERFACE IVUnknown {
  public:
+  // Asks for the interface `id`: 0 and the interface in *out, or a status.
   virtual std::uint32_t QueryInterface(const _VGUID& id, void** out) = 0;
+  // Adds a reference; returns the new count.
   virtual std::uint32_t AddRef() = 0;
+  // Drops a reference; returns the new count.
   virtual std::uint32_t Release() = 0;
 
  protected:
+  // Not for deleting through this interface: use Release.
   ~IVUnknown() = default;
 };
 
@@ -187,13 +199,19 @@ class TOV_INTERFACE IVUnknown {
 // they answer a 32-bit status, 0 for success. The host owns the object.
 class TOV_INTERFACE IVServicesManager {
  public:
+  // Asks for the interface `id`: 0 and the interface in *out, or a status.
   virtual std::uint32_t QueryInterface(const _VGUID& id, void** out) = 0;
+  // Adds a reference; returns the new count.
   virtual std::uint32_t AddRef() = 0;
+  // Drops a reference; returns the new count.
   virtual std::uint32_t Release() = 0;
+  // Stores the service `name` (ASCII) of `version` in *service; 0 on success.
   virtual std::uint32_t AcquireService(const char* name, std::uint32_t version, void** service) = 0;
+  // Hands back a service acquired with AcquireService; 0 on success.
   virtual std::uint32_t ReleaseService(const char* name, std::uint32_t version, void** service) = 0;
 
  protected:
+  // The host destroys the object, never a caller through this interface.
   ~IVServicesManager() = default;
 };
 

@@ -23,6 +23,7 @@
 #pragma once
 
 #if defined(TOVFOUNDATION_STATIC)
+// Marks a declaration as part of the exported interface (see above).
 #define TOV_API
 #elif defined(_WIN32)
 #if defined(TOVFOUNDATION_BUILDING)

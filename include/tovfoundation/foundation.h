@@ -52,7 +52,7 @@ namespace TOV::Paths {
 
 // The service's name and interface version, as acquired and released.
 inline constexpr const char* kHostServiceName = "Hald Host Service";
-inline constexpr std::uint32_t kHostServiceVersion = 2;
+inline constexpr std::uint32_t kHostServiceVersion = 2;  // the host service's version
 
 // A folder entry of the host service's function table: `buffer` (null, or
 // room for `*count` UTF-16 units) and the count, read and written by the host.
@@ -61,13 +61,13 @@ using HostFolderEntry = std::uint32_t (*)(unsigned short* buffer, std::uint32_t*
 
 // Positions, counted from 0, of the entries the library calls in the host's
 // table (the host fixes the table's layout; it has at least 20 entries).
-inline constexpr int kWritersFolderEntry = 4;
-inline constexpr int kCodecsFolderEntry = 5;
-inline constexpr int kSystemPresetsFolderEntry = 6;
-inline constexpr int kCacheFolderEntry = 14;
-inline constexpr int kFiltersFolderEntry = 15;
-inline constexpr int kPostEncoderCommandsFolderEntry = 16;
-inline constexpr int kReadersFolderEntry = 19;
+inline constexpr int kWritersFolderEntry = 4;               // the writers folder
+inline constexpr int kCodecsFolderEntry = 5;                // the codecs folder
+inline constexpr int kSystemPresetsFolderEntry = 6;         // the system presets folder
+inline constexpr int kCacheFolderEntry = 14;                // the cache folder
+inline constexpr int kFiltersFolderEntry = 15;              // the filters folder
+inline constexpr int kPostEncoderCommandsFolderEntry = 16;  // the post-encoder commands folder
+inline constexpr int kReadersFolderEntry = 19;              // the readers folder
 
 // Acquires "Hald Host Service" version 2 from `services`, storing the table in
 // the process-wide host-service pointer, and returns the manager's status
@@ -212,6 +212,7 @@ struct ListReport {
   // denied, ...; Halyard::Win32ErrorCodeToMessage gives its text), and the
   // failure in words. 0 and empty after a successful save.
   std::uint32_t saveSystemError = 0;
+  // The failure of that save in words; empty after a successful save.
   UTF16String saveError;
   // The full path a damaged list was moved to by this process (the latest
   // one); empty when none was set aside.
@@ -332,14 +333,17 @@ using HINSTANCE = void*;
 
 // Loads a module: flags exactly 1 loads it as data only (mapped, no code
 // run, no entry points); every other value (2 and 3 included) loads it
-// normally. `reserved` is ignored. Null on failure.
+// normally. `reserved` is ignored. Null on failure. `fileName` is in the
+// system's narrow encoding: the ANSI code page on Windows (as LoadLibraryExA
+// takes it), UTF-8 on POSIX.
 TOV_API HINSTANCE TOVLoadLibrary(const char* fileName, void* reserved, std::uint32_t flags);
+// The same with a NUL-terminated UTF-16 file name.
 TOV_API HINSTANCE TOVLoadLibraryW(const unsigned short* fileName, void* reserved,
                                   std::uint32_t flags);
 // Unloads one load of the module; true on success (false for null).
 TOV_API bool TOVUnloadLibrary(HINSTANCE module);
 // The address of an exported entry point, or null (always null for a module
-// loaded as data).
+// loaded as data). `name` is the entry point's name as exported (ASCII).
 TOV_API void* TOVGetProcAddress(HINSTANCE module, const char* name);
 
 // The module's first resource of type "PIPL", loaded, or null. The type name
@@ -377,6 +381,7 @@ class TOV_API WaitableObject {
   WaitableObject(const WaitableObject&) = delete;
   WaitableObject& operator=(const WaitableObject&) = delete;
 
+  // Sets the signal: releases one waiter, or the next thread to wait.
   void Signal();
   // Waits at most `milliseconds`, taken as UNSIGNED 32-bit: 0 only looks,
   // -1 waits forever, and other negative values wait very long (-2 is about

@@ -152,12 +152,15 @@ class TOV_API Broadcaster {
 
   // The broadcasting flag (set after construction).
   void StartBroadcasting() { mBroadcasting = true; }
+  // Clears the broadcasting flag.
   void StopBroadcasting() { mBroadcasting = false; }
+  // The broadcasting flag.
   bool IsBroadcasting() const { return mBroadcasting; }
 
   // A flag the library carries for its clients: false after default
   // construction, copied by the copy constructor, read by no operation here.
   void SetClientFlag(bool value) { mClientFlag = value; }
+  // The client flag.
   bool GetClientFlag() const { return mClientFlag; }
 
  private:
@@ -210,7 +213,9 @@ class TOV_API Listener {
   // The listening flag (set after construction); broadcasters skip a listener
   // whose flag is clear.
   void StartListening() { mListening = true; }
+  // Clears the listening flag.
   void StopListening() { mListening = false; }
+  // The listening flag.
   bool IsListening() const { return mListening; }
 
  private:
@@ -253,6 +258,7 @@ class TOV_API Station : public Broadcaster, public Listener {
   // Broadcasts `message` to this station's listeners.
   void ListenToMessage(const Message& message) override;
 
+  // The station's name, as given at construction.
   const UTF8String& GetName() const { return mName; }
 
  private:

@@ -218,18 +218,24 @@ class TOVZStringService;
 template <typename T>
 class CVSmartI {
  public:
+  // Holds nothing.
   CVSmartI() noexcept = default;
+  // Holds `pointer` (may be null) and adds a reference to it.
   explicit CVSmartI(T* pointer) noexcept : mPointer(pointer) {
     if (mPointer != nullptr) mPointer->AddRef();
   }
+  // Holds the other's pointer and adds a reference.
   CVSmartI(const CVSmartI& other) noexcept : CVSmartI(other.mPointer) {}
+  // Takes over the other's reference; the other holds nothing.
   CVSmartI(CVSmartI&& other) noexcept : mPointer(other.mPointer) { other.mPointer = nullptr; }
+  // Takes the other's pointer (a copy or a move) and releases the one held.
   CVSmartI& operator=(CVSmartI other) noexcept {
     T* previous = mPointer;
     mPointer = other.mPointer;
     other.mPointer = previous;  // released when `other` goes
     return *this;
   }
+  // Releases the reference held, if any.
   ~CVSmartI() { Clear(); }
 
   // Releases the reference held, if any, and holds nothing.
@@ -238,8 +244,11 @@ class CVSmartI {
     mPointer = nullptr;
     if (held != nullptr) held->Release();
   }
+  // The pointer held, or null; no reference is added.
   T* get() const noexcept { return mPointer; }
+  // The pointer held; it must not be null.
   T* operator->() const noexcept { return mPointer; }
+  // True when a pointer is held.
   explicit operator bool() const noexcept { return mPointer != nullptr; }
 
  private:
@@ -264,6 +273,7 @@ namespace TOV {
 // what() == "Failed to initialize ZString Dictionary".
 class TOV_API eZStringDictInitFail : public TOVException {
  public:
+  // The fixed text of the exception.
   const char* what() const noexcept override;
 };
 

@@ -108,10 +108,10 @@ class FrameRate {
   // kFrameRate_VideoNTSC (30000.0 / 1001.0 gives 8475667200). A tiny rate
   // whose tick count would not fit saturates (see tovimpl::time::TruncateToInt64).
   constexpr explicit FrameRate(double framesPerSecond) noexcept
-      : mTicksPerFrame(
-            framesPerSecond == 0.0
-                ? std::numeric_limits<std::int64_t>::max()
-                : tovimpl::time::TruncateToInt64(tovimpl::time::kTicksPerSecondDouble / framesPerSecond)) {}
+      : mTicksPerFrame(framesPerSecond == 0.0
+                           ? std::numeric_limits<std::int64_t>::max()
+                           : tovimpl::time::TruncateToInt64(tovimpl::time::kTicksPerSecondDouble /
+                                                            framesPerSecond)) {}
 
   // A rate with exactly this many ticks per frame, unchecked.
   static constexpr FrameRate Create(std::int64_t ticksPerFrame) noexcept {
@@ -120,6 +120,7 @@ class FrameRate {
     return rate;
   }
 
+  // Ticks per frame (the sentinel rate holds INT64_MAX).
   constexpr std::int64_t GetTicksPerFrame() const noexcept { return mTicksPerFrame; }
 
   // Frames per second: 0.0 for the sentinel, otherwise 254016000000.0 divided
@@ -129,17 +130,21 @@ class FrameRate {
     return tovimpl::time::kTicksPerSecondDouble / static_cast<double>(mTicksPerFrame);
   }
 
+  // Equal when the tick counts per frame are equal.
   constexpr bool operator==(const FrameRate& other) const noexcept = default;
   // Rate order: a < b when a has more ticks per frame (a is slower).
   constexpr bool operator<(const FrameRate& other) const noexcept {
     return mTicksPerFrame > other.mTicksPerFrame;
   }
+  // Rate order, as operator<.
   constexpr bool operator<=(const FrameRate& other) const noexcept {
     return mTicksPerFrame >= other.mTicksPerFrame;
   }
+  // Rate order: a > b when a has fewer ticks per frame (a is faster).
   constexpr bool operator>(const FrameRate& other) const noexcept {
     return mTicksPerFrame < other.mTicksPerFrame;
   }
+  // Rate order, as operator>.
   constexpr bool operator>=(const FrameRate& other) const noexcept {
     return mTicksPerFrame <= other.mTicksPerFrame;
   }
@@ -171,9 +176,9 @@ class Time {
   // From seconds: 0.0 ⇒ zero; otherwise 254016000000.0 × seconds truncated
   // toward zero. Time(1.0).GetTicks() == 254016000000.
   constexpr explicit Time(double seconds) noexcept
-      : mTicks(seconds == 0.0
-                   ? 0
-                   : tovimpl::time::TruncateToInt64(tovimpl::time::kTicksPerSecondDouble * seconds)) {}
+      : mTicks(seconds == 0.0 ? 0
+                              : tovimpl::time::TruncateToInt64(
+                                    tovimpl::time::kTicksPerSecondDouble * seconds)) {}
 
   // frames × rate.GetTicksPerFrame(), wrapping; the sentinel rate is not
   // special-cased (Time(1, FrameRate()) is INT64_MAX ticks).
@@ -183,20 +188,27 @@ class Time {
   // A time of exactly `ticks` ticks.
   static constexpr Time TicksToTime(std::int64_t ticks) noexcept { return Time(TickTag{}, ticks); }
 
+  // The tick count (254016000000 per second).
   constexpr std::int64_t GetTicks() const noexcept { return mTicks; }
 
   // -- Wrapping arithmetic on ticks.
   constexpr Time operator+(const Time& other) const noexcept {
     return TicksToTime(tovimpl::time::WrapAdd(mTicks, other.mTicks));
   }
+  // The difference, wrapping.
   constexpr Time operator-(const Time& other) const noexcept {
     return TicksToTime(tovimpl::time::WrapSub(mTicks, other.mTicks));
   }
-  constexpr Time operator-() const noexcept { return TicksToTime(tovimpl::time::WrapSub(0, mTicks)); }
+  // The negation, wrapping (INT64_MIN stays INT64_MIN).
+  constexpr Time operator-() const noexcept {
+    return TicksToTime(tovimpl::time::WrapSub(0, mTicks));
+  }
+  // Adds in place, wrapping.
   constexpr Time& operator+=(const Time& other) noexcept {
     mTicks = tovimpl::time::WrapAdd(mTicks, other.mTicks);
     return *this;
   }
+  // Subtracts in place, wrapping.
   constexpr Time& operator-=(const Time& other) noexcept {
     mTicks = tovimpl::time::WrapSub(mTicks, other.mTicks);
     return *this;
@@ -212,15 +224,18 @@ class Time {
     return TicksToTime(tovimpl::time::WrapMul(mTicks, tovimpl::time::WidenInteger(factor)));
   }
   template <tovimpl::time::TimeInteger I>
+  // Multiplies in place, as operator*.
   constexpr Time& operator*=(I factor) noexcept {
     mTicks = tovimpl::time::WrapMul(mTicks, tovimpl::time::WidenInteger(factor));
     return *this;
   }
   template <tovimpl::time::TimeInteger I>
+  // Signed 64-bit division truncating toward zero.
   constexpr Time operator/(I divisor) const noexcept {
     return TicksToTime(mTicks / tovimpl::time::WidenInteger(divisor));
   }
   template <tovimpl::time::TimeInteger I>
+  // Divides in place, as operator/.
   constexpr Time& operator/=(I divisor) noexcept {
     mTicks /= tovimpl::time::WidenInteger(divisor);
     return *this;
@@ -231,13 +246,16 @@ class Time {
   constexpr Time operator*(double factor) const noexcept {
     return TicksToTime(tovimpl::time::TruncateToInt64(static_cast<double>(mTicks) * factor));
   }
+  // Multiplies in place, as operator*(double).
   constexpr Time& operator*=(double factor) noexcept {
     mTicks = tovimpl::time::TruncateToInt64(static_cast<double>(mTicks) * factor);
     return *this;
   }
+  // Ticks divided by `divisor`, truncated toward zero.
   constexpr Time operator/(double divisor) const noexcept {
     return TicksToTime(tovimpl::time::TruncateToInt64(static_cast<double>(mTicks) / divisor));
   }
+  // Divides in place, as operator/(double).
   constexpr Time& operator/=(double divisor) noexcept {
     mTicks = tovimpl::time::TruncateToInt64(static_cast<double>(mTicks) / divisor);
     return *this;
@@ -250,6 +268,7 @@ class Time {
 
   // Signed comparison of tick counts.
   constexpr auto operator<=>(const Time& other) const noexcept = default;
+  // Equal tick counts.
   constexpr bool operator==(const Time& other) const noexcept = default;
 
   // Negates the time in place when it is negative and returns *this. This is a
@@ -262,7 +281,8 @@ class Time {
 
   // Adds frames × ticks per frame (wrapping).
   constexpr void AddFrames(std::int64_t frames, FrameRate rate) noexcept {
-    mTicks = tovimpl::time::WrapAdd(mTicks, tovimpl::time::WrapMul(frames, rate.GetTicksPerFrame()));
+    mTicks =
+        tovimpl::time::WrapAdd(mTicks, tovimpl::time::WrapMul(frames, rate.GetTicksPerFrame()));
   }
 
   // Replaces the ticks by (ticks / ticksPerFrame) × ticksPerFrame, truncating
@@ -292,6 +312,7 @@ class Time {
     if (rate == FrameRate()) return 0;
     return mTicks / rate.GetTicksPerFrame();
   }
+  // ToFrame64 truncated to 32 bits (the low 32 bits, as a signed value).
   constexpr std::int32_t ToFrame32(FrameRate rate) const noexcept {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(ToFrame64(rate)));
   }
@@ -310,14 +331,14 @@ TOV_API std::ostream& operator<<(std::ostream& stream, const Time& time);
 // -- Time constants.
 inline constexpr Time kTime_Zero{};
 // 360000 seconds (100 hours): 91445760000000000 ticks.
-inline constexpr Time kTime_Max =
-    Time::TicksToTime(tovimpl::time::TruncateToInt64(tovimpl::time::kTicksPerSecondDouble * 360000.0));
+inline constexpr Time kTime_Max = Time::TicksToTime(
+    tovimpl::time::TruncateToInt64(tovimpl::time::kTicksPerSecondDouble * 360000.0));
 // -kTime_Max.
 inline constexpr Time kTime_Min = -kTime_Max;
 // -400000 seconds: below kTime_Min, so it is never a valid time and compares
 // less than every valid time. The timecode parsers return it for rejected text.
-inline constexpr Time kTime_Invalid =
-    Time::TicksToTime(tovimpl::time::TruncateToInt64(tovimpl::time::kTicksPerSecondDouble * -400000.0));
+inline constexpr Time kTime_Invalid = Time::TicksToTime(
+    tovimpl::time::TruncateToInt64(tovimpl::time::kTicksPerSecondDouble * -400000.0));
 
 // -- Frame-rate constants, each built from its rate in frames per second.
 namespace FrameRates {
@@ -465,6 +486,8 @@ class TOV_API Timecode {
   // Copies build a new private object from the source's public time, rate,
   // format and style (the handle never shares its private object).
   Timecode(const Timecode& other);
+  // Replaces time, rate, format and style with the other's (a new private
+  // object, never shared).
   Timecode& operator=(const Timecode& other);
   ~Timecode();
 
@@ -477,7 +500,9 @@ class TOV_API Timecode {
   // `own` for the formats that count at the caller's rate (frames, feet and
   // frames, own rate). An unknown format gives FrameRate() (no rate).
   static FrameRate GetFormatFrameRate(std::uint32_t format, FrameRate own);
+  // The timecode format (one of the kTimecodeFormat values).
   std::uint32_t GetFormat() const;
+  // The text style in use.
   Style GetStyle() const;
   // The text of the stored time.
   UTF16String GetString() const;

@@ -123,7 +123,9 @@ inline constexpr std::uint32_t kMaxFormatNameUnits = 260;
 // capacity 4 returns 0 and writes 5 units).
 TOV_API std::uint32_t VGetFormatName(std::FILE* file, unsigned short* name, std::uint32_t capacity);
 
-// Opens `path` (8-bit, in the system code page, library spelling) for binary
+// Opens `path` (8-bit, library spelling, in the system's narrow encoding: the
+// ANSI code page on Windows, as the C runtime's narrow open takes it, UTF-8 on
+// POSIX) for binary
 // reading, reads the name as above and closes the file. A null `path` ⇒
 // kErrInvalidPointer; a file that cannot be opened ⇒ kErrOpenFailed.
 TOV_API std::uint32_t VGetFormatName(const char* path, unsigned short* name,
@@ -133,8 +135,9 @@ TOV_API std::uint32_t VGetFormatName(const char* path, unsigned short* name,
 TOV_API std::uint32_t VGetFormatName(const unsigned short* path, unsigned short* name,
                                      std::uint32_t capacity);
 
-// Decides whether the preset file at `path` belongs to the writer named
-// `writerName` (NUL-terminated UTF-16):
+// Decides whether the preset file at `path` (8-bit, in the system's narrow
+// encoding as for VGetFormatName) belongs to the writer named `writerName`
+// (NUL-terminated UTF-16):
 //   - a format name that contains "Pellucid Video" or "WRX | W4X (H.264)"
 //     anywhere counts as "WRX | W4X";
 //   - the (so mapped) name equal to `writerName`, code unit for code unit ⇒ 1;

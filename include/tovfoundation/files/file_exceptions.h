@@ -16,6 +16,7 @@ namespace Halyard {
 class TOV_API TOVFileUtilsException : public TOV::TOVException {
  public:
   ~TOVFileUtilsException() override;
+  // The fixed text given above.
   const char* what() const noexcept override;
 };
 
@@ -24,6 +25,7 @@ class TOV_API TOVFileUtilsException : public TOV::TOVException {
 class TOV_API TOVNotAValidFolderPathException : public TOVFileUtilsException {
  public:
   ~TOVNotAValidFolderPathException() override;
+  // The fixed text given above.
   const char* what() const noexcept override;
 };
 
@@ -33,6 +35,7 @@ namespace PathUtilities {
 class TOV_API PathUtilsException : public TOV::TOVException {
  public:
   ~PathUtilsException() override;
+  // The fixed text given above.
   const char* what() const noexcept override;
 };
 // Thrown by TOVGetTempFolder, TOVGetTempFileName(folder, name), GetAutoFileName.
@@ -40,6 +43,7 @@ class TOV_API PathUtilsException : public TOV::TOVException {
 class TOV_API NotAValidFolderPath : public PathUtilsException {
  public:
   ~NotAValidFolderPath() override;
+  // The fixed text given above.
   const char* what() const noexcept override;
 };
 // Thrown by GetAutoFileName when its file cannot be created.
@@ -47,6 +51,7 @@ class TOV_API NotAValidFolderPath : public PathUtilsException {
 class TOV_API UnableToCreateFile : public PathUtilsException {
  public:
   ~UnableToCreateFile() override;
+  // The fixed text given above.
   const char* what() const noexcept override;
 };
 // Thrown by both TOVGetTempFileName.
@@ -54,6 +59,7 @@ class TOV_API UnableToCreateFile : public PathUtilsException {
 class TOV_API UnableToGetTempFileName : public PathUtilsException {
  public:
   ~UnableToGetTempFileName() override;
+  // The fixed text given above.
   const char* what() const noexcept override;
 };
 

@@ -19,8 +19,11 @@ namespace Halyard {
 //   then the names, NUL-terminated, one after another in list order.
 // Size: 16 + 8 × count + Σ (length + 1) on 64-bit platforms.
 struct FileList {
+  // The number of names.
   std::uint32_t count;
+  // Not written.
   std::uint32_t reserved;
+  // The block's start + 16: `count` pointers to the names, in list order.
   char** names;
 };
 
@@ -33,6 +36,10 @@ struct FileList {
 // callers must not run them concurrently with each other or with code that
 // relies on the current directory. Returned strings are new[] arrays the caller
 // frees with delete[], one by one. `services` is not used.
+
+// Narrow text: the folders, patterns and names of the narrow forms are in the
+// system's narrow encoding, the ANSI code page on Windows (the encoding of the
+// narrow search and current-directory calls), UTF-8 on POSIX.
 
 // Appends folder + "\" + name for every file (not folder) matching `pattern`
 // in `folder`, without descending. Null folder (or null pattern): nothing. A folder that cannot

@@ -27,23 +27,34 @@ namespace FileUtils {
 // thread at a time.
 class TOV_API CFileSpec {
  public:
+  // The empty spec: every field "".
   CFileSpec();
   // Fills root, folder path, title, extension, then the full path; a path
   // exception while doing so ends construction quietly, later fields empty.
   CFileSpec(const UTF16String& path);  // NOLINT(google-explicit-constructor): part of the interface
+  // Copies every field.
   CFileSpec(const CFileSpec& other);
+  // Copies every field.
   CFileSpec& operator=(const CFileSpec& other);
+  // Takes the path apart anew, as the constructor from a path.
   CFileSpec& operator=(const UTF16String& path);
+  // Destroys the fields; nothing on disk is touched.
   virtual ~CFileSpec();
 
+  // True when the full paths are equal, code unit by code unit.
   virtual bool operator==(const CFileSpec& other) const;
+  // The negation of operator==.
   virtual bool operator!=(const CFileSpec& other) const;
+  // The full path.
   virtual operator UTF16String() const;  // NOLINT(google-explicit-constructor): the full path
 
+  // The full path (one trailing '\' removed).
   UTF16String TOVGetFullPathName() const { return mFullPath; }
+  // The root: "C:\", "\\srv\share", "\" (POSIX), or "".
   UTF16String TOVGetRoot() const { return mRoot; }
   // The folder path with one trailing '\' removed: "\Media\" ⇒ "\Media".
   UTF16String TOVGetFolderPath() const;
+  // The file name without its extension: "clip".
   UTF16String TOVGetFileTitle() const { return mTitle; }
   // Title and extension: "clip.wav".
   UTF16String TOVGetFileName() const;
@@ -61,12 +72,14 @@ class TOV_API CFileSpec {
   std::uint32_t CreateNewFolder();
   // 0, or kErrGeneric.
   std::uint32_t DeleteTheFile();
+  // True when something exists at the full path.
   bool Exists();
   // The creation or last-write time in UTC (kind 2). 0, or 6 when the file's
   // attributes cannot be read (then *out is untouched). Caller contract: `out`
   // is not null. POSIX: the creation time is the birth time where the file
   // system records one, else the last-write time.
   std::uint32_t GetCreationTime(VDateTime* out);
+  // The last-write time in UTC; as GetCreationTime.
   std::uint32_t GetModificationTime(VDateTime* out);
   // Null `out`: kErrInvalidPointer. Else *out = 0, then the file is opened
   // for reading with NO sharing (so this fails while any port holds the file,
@@ -78,6 +91,9 @@ class TOV_API CFileSpec {
   // the port. The caller owns the stream (delete it or Release it). Null when
   // the path is empty or the file cannot be opened.
   CReadStream* OpenReadStream(HaldByteOrdering order);
+  // A new write stream over a new port on the full path; the file is created
+  // or truncated. The caller owns the stream. Null when the path is empty or
+  // the file cannot be opened.
   CWriteStream* OpenWriteStream(HaldByteOrdering order);
 
  private:
@@ -95,40 +111,63 @@ class TOV_API CFileSpec {
 // answer "". Do not complete it.
 class TOV_API CFileSpec {
  public:
+  // The empty path.
   CFileSpec();
+  // The empty path; the other is not read.
   CFileSpec(const CFileSpec& other);
+  // The empty path; `path` is ignored, whatever its encoding.
   explicit CFileSpec(const std::string& path);
+  // The empty path; `path` is ignored.
   explicit CFileSpec(const WideString& path);
+  // Destroys the (empty) path.
   virtual ~CFileSpec();
   // All three return *this unchanged.
   CFileSpec& operator=(const CFileSpec& other);
   CFileSpec& operator=(const WideString& path);
   CFileSpec& operator=(const std::string& path);
 
+  // True when both paths are equal; two shells always are.
   virtual bool operator==(const CFileSpec& other) const;
+  // The negation of operator==.
   virtual bool operator!=(const CFileSpec& other) const;
-  virtual operator WideString() const;       // NOLINT(google-explicit-constructor)
+  // The path: "".
+  virtual operator WideString() const;  // NOLINT(google-explicit-constructor)
+  // The path as NUL-terminated UTF-16: "".
   virtual operator const char16_t*() const;  // NOLINT(google-explicit-constructor)
 
+  // The path: "".
   WideString GetFullPathNameW() const { return mPath; }
+  // The path in narrow form: "".
   std::string GetFullPathNameA() const;
+  // "" (narrow).
   std::string GetFileExtensionA() const { return {}; }
+  // "".
   WideString GetFileExtensionW() const { return {}; }
+  // "" (narrow).
   std::string GetFileNameA() const { return {}; }
+  // "".
   WideString GetFileNameW() const { return {}; }
+  // "" (narrow).
   std::string GetFileTitleA() const { return {}; }
+  // "".
   WideString GetFileTitleW() const { return {}; }
+  // "" (narrow).
   std::string GetFolderPathA() const { return {}; }
+  // "".
   WideString GetFolderPathW() const { return {}; }
+  // "" (narrow).
   std::string GetRootA() const { return {}; }
+  // "".
   WideString GetRootW() const { return {}; }
   // "" and the arguments untouched.
   static WideString GetTempFileNameW(WideString& folder, WideString& prefix);
+  // "".
   static WideString GetTempFolder();
   // Tries to create the empty path: kErrCreateFailed.
   std::uint32_t CreateNewFile();
   // kErrGeneric, nothing done.
   std::uint32_t CreateNewFolder() { return TOV::kErrGeneric; }
+  // Always false.
   bool Exists() { return false; }
 
  private:

@@ -17,7 +17,9 @@ namespace Halyard {
 namespace FileUtils {
 
 class Folder;
+// Full paths of the files of a listing.
 using FileNameList = std::vector<UTF16String>;
+// Folders of a listing.
 using FolderList = std::vector<Folder>;
 
 // A folder named by a wide path, stored as given (no separator added or
@@ -27,10 +29,12 @@ class TOV_API Folder {
  public:
   // Any path, even "", is accepted; nothing is checked.
   static Folder CreateFolderObject(const UTF16String& path);
+  // The path as stored.
   const UTF16String& GetFullPath() const { return mPath; }
 
   // True only when the path exists and is a folder.
   static bool ExistsOnDisk(const UTF16String& path);
+  // True when the path names a folder.
   static bool IsFolder(const UTF16String& path);
   // Creates the folder and every missing parent. False when anything already
   // exists at the path (an existing folder counts as failure, deliberately),
@@ -73,15 +77,23 @@ class TOV_API Folder {
 
 }  // namespace FileUtils
 
-// The narrow folder class. The stored path must not be empty.
 class Folder;
+// Narrow names of a listing, each a full path.
 using NarrowFileNameList = std::vector<std::string>;
+// Folders of a narrow listing.
 using NarrowFolderList = std::vector<Folder>;
 
+// The narrow folder class. The stored path must not be empty.
+//
+// Narrow text: every path this class takes or gives, the listed names
+// included, is in the system's narrow encoding: the ANSI code page on Windows
+// (the encoding of PathFileExistsA, PathIsDirectoryA and the narrow listing
+// calls), UTF-8 on POSIX. The filters are compared with that text as it is.
 class TOV_API Folder {
  public:
   // Throws TOVNotAValidFolderPathException unless the path is a folder.
   static Folder CreateFolderObject(std::string path);
+  // The path as stored.
   const std::string& GetFullPath() const { return mPath; }
 
   // Exists and is a folder.

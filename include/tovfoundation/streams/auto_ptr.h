@@ -17,10 +17,14 @@ namespace Halyard {
 template <class T>
 class CVAutoPtr {
  public:
+  // (false, null).
   CVAutoPtr() noexcept = default;
+  // Holds `object`; owns it when `owns` is true and `object` is not null.
   CVAutoPtr(T* object, bool owns) noexcept : mOwns(owns && object != nullptr), mObject(object) {}
+  // Takes over the other's object and flag; the other becomes (false, null).
   CVAutoPtr(CVAutoPtr&& other) noexcept
       : mOwns(std::exchange(other.mOwns, false)), mObject(std::exchange(other.mObject, nullptr)) {}
+  // Reset, then takes over the other's object and flag.
   CVAutoPtr& operator=(CVAutoPtr&& other) noexcept {
     if (this != &other) {
       Reset();
@@ -31,11 +35,16 @@ class CVAutoPtr {
   }
   CVAutoPtr(const CVAutoPtr&) = delete;
   CVAutoPtr& operator=(const CVAutoPtr&) = delete;
+  // Reset: destroys the object when owned.
   ~CVAutoPtr() { Reset(); }
 
+  // The held object, or null.
   T* Get() const noexcept { return mObject; }
+  // The held object; it must not be null.
   T* operator->() const noexcept { return mObject; }
+  // The held object; it must not be null.
   T& operator*() const noexcept { return *mObject; }
+  // True when an object is held.
   explicit operator bool() const noexcept { return mObject != nullptr; }
   // True when this pointer destroys the object.
   bool Owns() const noexcept { return mOwns; }

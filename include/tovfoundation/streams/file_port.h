@@ -54,13 +54,17 @@ class TOV_API CFilePort : public CPort {
  public:
   // Starts closed, with no path.
   CFilePort(AccessMode mode, unsigned char ownsResource);
+  // Shares the other port's path and handle (see "Copies" above).
   CFilePort(const CFilePort& other);
+  // Leaves this port's record and shares the other's path and handle.
   CFilePort& operator=(const CFilePort& other);
+  // Closes the handle, deletes the file when owned (see "Lifecycle" above).
   ~CFilePort() override;
 
   // Seeks to `newSize` and truncates or extends the file there.
   // kErrSetSizeFailed on failure (when the platform reports an error).
   std::uint32_t Size(std::uint32_t newSize) override;
+  // The low 32 bits of the file size; 0 for 0xFFFFFFFF and for a port not open.
   std::uint32_t Size() const override;
   // 0 for a port already closed. kErrCloseFailed only when the close raised an
   // exception (the handle then stays as it was).
@@ -74,8 +78,10 @@ class TOV_API CFilePort : public CPort {
   // kErrInvalidArgument and nothing changes. kErrOpenFailed when the file could
   // not be opened (missing for kAccessRead, held by a writer, no permission...).
   virtual std::uint32_t Open(const unsigned short* path);
-  // The same with an 8-bit path in the current locale's multibyte encoding,
-  // widened and passed to Open(const unsigned short*).
+  // The same with an 8-bit path, widened character by character in the C
+  // runtime's current multibyte locale (VUtilsASCIIStrToUnicode) and passed to
+  // Open(const unsigned short*). This holds on every platform: on Windows the
+  // path is not read in the ANSI code page. Null path: kErrInvalidArgument.
   virtual std::uint32_t Open(const char* path);
 
   // The path given to the last Open, null before the first one. Owned by the port.
@@ -91,20 +97,35 @@ class TOV_API CFilePort : public CPort {
 // `newSize` on success (not a status).
 class TOV_API CFilePortEx : public CPortEx {
  public:
+  // Starts closed, with no path.
   CFilePortEx(AccessMode mode, unsigned char ownsResource);
+  // Shares the other port's path and handle, as CFilePort's copies do.
   CFilePortEx(const CFilePortEx& other);
+  // Leaves this port's record and shares the other's path and handle.
   CFilePortEx& operator=(const CFilePortEx& other);
+  // Closes the handle, deletes the file when owned, as ~CFilePort.
   ~CFilePortEx() override;
 
+  // Seeks to `newSize` and truncates or extends the file there; the low 32
+  // bits of `newSize` on success, kErrSetSizeFailed on failure.
   std::uint32_t Size(std::uint64_t newSize) override;
+  // The full file size; 0 when it cannot be read or the port is not open.
   std::uint64_t Size() const override;
+  // 0 for a port already closed; kErrCloseFailed as CFilePort::Close.
   std::uint32_t Close() override;
+  // Seek (with the high part), then read: kErrReadFailed as CFilePort::Read.
   std::uint32_t Read(std::uint64_t pos, std::int32_t count, void* buffer) const override;
+  // Seek (with the high part), then write: kErrWriteFailed on failure.
   std::uint32_t Write(std::uint64_t pos, std::int32_t count, const void* buffer) override;
 
+  // Opens `path` (UTF-16, NUL-terminated) as CFilePort::Open does.
   virtual std::uint32_t Open(const unsigned short* path);
+  // The same with an 8-bit path, widened character by character in the C
+  // runtime's current multibyte locale on every platform, as
+  // CFilePort::Open(const char*).
   virtual std::uint32_t Open(const char* path);
 
+  // The path given to the last Open, null before the first one. Owned by the port.
   const unsigned short* Path() const;
 
  private:

@@ -24,8 +24,11 @@ class TOV_API CPort {
   // `mode` is fixed for the port's life. `ownsResource`: for a file port, the
   // destructor deletes the file from disk; a RAM port stores it and ignores it.
   CPort(AccessMode mode, unsigned char ownsResource);
+  // Copies mode and flag (see the class comment for what a copy shares).
   CPort(const CPort& other);
+  // Copies mode and flag, member by member.
   CPort& operator=(const CPort& other);
+  // Releases what the port holds; a derived file port closes its handle.
   virtual ~CPort();
 
   // Sets the store's length. Success returns a value that carries no meaning
@@ -33,6 +36,7 @@ class TOV_API CPort {
   virtual std::uint32_t Size(std::uint32_t newSize) = 0;
   // The store's current length.
   virtual std::uint32_t Size() const = 0;
+  // Ends the port's use of its store (a file port closes its handle).
   virtual std::uint32_t Close() = 0;
   // Reads `count` bytes at `pos` into `buffer`, which must hold `count` bytes
   // (`count` must not be negative).
@@ -48,13 +52,17 @@ class TOV_API CPort {
   virtual void ReadSequential(std::uint32_t pos, std::int32_t count, std::int32_t& bytesRead,
                               void* buffer) const;
 
+  // The access mode given at construction.
   AccessMode Mode() const;
+  // The ownsResource flag given at construction.
   unsigned char OwnsResource() const;
 
   // Factories. Never throw; on any failure the result is (false, null) and the
   // open status is not passed back. The ports they make own no file
   // (ownsResource 0): the file survives the port.
-  // A CFilePort(mode, 0) opened with the 8-bit path.
+  // A CFilePort(mode, 0) opened with the 8-bit path through
+  // CFilePort::Open(const char*): the path is widened character by character
+  // in the C runtime's current multibyte locale, on every platform.
   static CVAutoPtr<CPort> FilePort(const char* path, AccessMode mode);
   // A CFilePort(mode, 0) opened with the UTF-16 path.
   static CVAutoPtr<CPort> FilePort(const unsigned short* path, AccessMode mode);
@@ -73,27 +81,45 @@ class TOV_API CPort {
 // port of this kind.
 class TOV_API CPortEx {
  public:
+  // As CPort(mode, ownsResource).
   CPortEx(AccessMode mode, unsigned char ownsResource);
+  // Copies mode and flag; a file port's copy shares its path and handle.
   CPortEx(const CPortEx& other);
+  // Copies mode and flag, member by member.
   CPortEx& operator=(const CPortEx& other);
+  // Releases what the port holds; a derived file port closes its handle.
   virtual ~CPortEx();
 
+  // Sets the store's length; callers test only for TOV::kErrSetSizeFailed.
   virtual std::uint32_t Size(std::uint64_t newSize) = 0;
+  // The store's current length.
   virtual std::uint64_t Size() const = 0;
+  // Ends the port's use of its store (a file port closes its handle).
   virtual std::uint32_t Close() = 0;
+  // Reads `count` bytes at `pos` into `buffer`, which must hold `count` bytes
+  // (`count` must not be negative).
   virtual std::uint32_t Read(std::uint64_t pos, std::int32_t count, void* buffer) const = 0;
+  // Writes `count` bytes from `buffer` at `pos`.
   virtual std::uint32_t Write(std::uint64_t pos, std::int32_t count, const void* buffer) = 0;
+  // Base: returns 0.
   virtual std::uint32_t Flush();
+  // Base: false. A sequential port is never asked to move backwards by a stream.
   virtual bool IsSequential() const;
   // Base: Read, status ignored, `bytesRead` = `count` sign-extended.
   virtual void ReadSequential(std::uint64_t pos, std::int32_t count, std::uint64_t& bytesRead,
                               void* buffer) const;
 
+  // The access mode given at construction.
   AccessMode Mode() const;
+  // The ownsResource flag given at construction.
   unsigned char OwnsResource() const;
 
-  // A CFilePortEx(mode, 0) opened with the path; (false, null) on any failure.
+  // A CFilePortEx(mode, 0) opened with the 8-bit path (widened character by
+  // character in the C runtime's current multibyte locale, on every
+  // platform); (false, null) on any failure.
   static CVAutoPtr<CPortEx> FilePort(const char* path, AccessMode mode);
+  // A CFilePortEx(mode, 0) opened with the UTF-16 path; (false, null) on any
+  // failure.
   static CVAutoPtr<CPortEx> FilePort(const unsigned short* path, AccessMode mode);
 
  private:

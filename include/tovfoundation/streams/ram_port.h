@@ -20,15 +20,25 @@ namespace Halyard {
 // Close() returns 0.
 class TOV_API CStaticRamFilePort : public CPort {
  public:
+  // A port over the `size` bytes at `base`; `ownsResource` is stored and
+  // ignored (the block is never freed by the port).
   CStaticRamFilePort(void* base, std::uint32_t size, AccessMode mode, unsigned char ownsResource);
+  // Refers to the same block.
   CStaticRamFilePort(const CStaticRamFilePort& other);
+  // Refers to the other port's block.
   CStaticRamFilePort& operator=(const CStaticRamFilePort& other);
+  // Leaves the block alone.
   ~CStaticRamFilePort() override;
 
+  // Does nothing; returns 0.
   std::uint32_t Size(std::uint32_t newSize) override;
+  // The construction size.
   std::uint32_t Size() const override;
+  // Returns 0.
   std::uint32_t Close() override;
+  // Copies `count` bytes at `pos` out of the block; 0. Unchecked (see above).
   std::uint32_t Read(std::uint32_t pos, std::int32_t count, void* buffer) const override;
+  // Copies `count` bytes into the block at `pos`; 0. Unchecked (see above).
   std::uint32_t Write(std::uint32_t pos, std::int32_t count, const void* buffer) override;
 
  private:

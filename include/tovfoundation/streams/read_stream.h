@@ -16,19 +16,33 @@ namespace Halyard {
 // The functions are those of CReadStream (see there).
 class TOV_INTERFACE IVReadStream : public IVUnknown {
  public:
+  // Stores the stream position in *pos.
   virtual std::uint32_t GetPos(std::uint32_t* pos) const = 0;
+  // Moves the stream position to `pos`.
   virtual std::uint32_t SetPos(std::uint32_t pos) = 0;
+  // Reads one byte as a flag: 1 for non-zero, else 0.
   virtual std::uint32_t ReadBool(unsigned char* value) const = 0;
+  // Reads one byte.
   virtual std::uint32_t ReadByte(unsigned char* value) const = 0;
+  // Reads a 16-bit value in the stream's byte order.
   virtual std::uint32_t ReadShort(std::int16_t* value) const = 0;
+  // Reads a 32-bit value in the stream's byte order.
   virtual std::uint32_t ReadInt(std::int32_t* value) const = 0;
+  // Reads a 32-bit IEEE value in the stream's byte order.
   virtual std::uint32_t ReadFloat(float* value) const = 0;
+  // Reads a 64-bit IEEE value in the stream's byte order.
   virtual std::uint32_t ReadDouble(double* value) const = 0;
+  // Stores the size of the data behind the stream in *size.
   virtual std::uint32_t GetSize(std::uint32_t* size) const = 0;
+  // Copies `count` bytes into `buffer`.
   virtual std::uint32_t Read(std::uint32_t count, const void* buffer) const = 0;
+  // Advances the position by `count` bytes.
   virtual std::uint32_t Skip(std::uint32_t count) = 0;
+  // Steps back over the last byte read, replacing it with `value`.
   virtual std::uint32_t PutBackByte(unsigned char value) = 0;
+  // The next byte, without consuming it.
   virtual std::uint32_t PeekByte(unsigned char* value) = 0;
+  // Destroys the stream.
   virtual ~IVReadStream() = default;
 };
 
@@ -81,7 +95,9 @@ class TOV_API CReadStream : public IVReadStream {
   // Takes ownership of `port` (non-null): the destructor closes and deletes it.
   CReadStream(CPort* port, HaldByteOrdering order, std::uint32_t bufferSize, std::uint32_t startPos,
               unsigned char closePort);
+  // Shares the other's state (see the caller contracts above).
   CReadStream(const CReadStream& other) noexcept;
+  // Shares the other's state (see the caller contracts above).
   CReadStream& operator=(const CReadStream& other) noexcept;
   // Frees the buffer, closes the port when asked, deletes an owned port.
   ~CReadStream() override;
@@ -103,10 +119,17 @@ class TOV_API CReadStream : public IVReadStream {
   std::uint32_t SetPos(std::uint32_t pos) override;
   // One byte; stores 1 for non-zero, else 0 (also after a failed read).
   std::uint32_t ReadBool(unsigned char* value) const override;
+  // One byte; the output is unchanged after a failed read.
   std::uint32_t ReadByte(unsigned char* value) const override;
+  // 16 bits in the stream's byte order; unchanged output after a failed read.
   std::uint32_t ReadShort(std::int16_t* value) const override;
+  // 32 bits in the stream's byte order; unchanged output after a failed read.
   std::uint32_t ReadInt(std::int32_t* value) const override;
+  // A 32-bit IEEE value in the stream's byte order; unchanged output after
+  // a failed read.
   std::uint32_t ReadFloat(float* value) const override;
+  // A 64-bit IEEE value in the stream's byte order; unchanged output after
+  // a failed read.
   std::uint32_t ReadDouble(double* value) const override;
   // Stores the port's Size() as it is now. Always 0.
   std::uint32_t GetSize(std::uint32_t* size) const override;
@@ -122,6 +145,8 @@ class TOV_API CReadStream : public IVReadStream {
   // Advances the position by `count`; returns 0 even when the target is beyond
   // the end.
   std::uint32_t Skip(std::uint32_t count) override;
+  // Replaces the byte before the cursor with `value` and steps back over it;
+  // nothing at the start of the buffer. Returns 0.
   std::uint32_t PutBackByte(unsigned char value) override;
   // The next byte, not consumed; 0 and the read's status when there is none.
   // ReadByte, then PutBackByte of the byte read. With a buffer of 1 byte, a
