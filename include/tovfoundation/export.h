@@ -36,9 +36,13 @@
 #endif
 
 #if defined(_WIN32)
+// Marks a host-implemented polymorphic class (see above); empty on Windows.
 #define TOV_INTERFACE
+// Keeps a nested implementation class out of the exports (see above).
 #define TOV_HIDDEN
 #else
+// Marks a host-implemented polymorphic class: its type information is exported.
 #define TOV_INTERFACE __attribute__((visibility("default")))
+// Keeps a nested implementation class out of the exports.
 #define TOV_HIDDEN __attribute__((visibility("hidden")))
 #endif
