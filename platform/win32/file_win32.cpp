@@ -1,6 +1,5 @@
 // Win32 backend of the OS layer: files opened by handle.
-// Needs only what every supported Windows version has (Vista and later for
-// SetFileInformationByHandle).
+// Needs CreateFileW, positioned ReadFile/WriteFile, SetFileInformationByHandle: Vista and later.
 #include <atomic>
 #include <cstdint>
 

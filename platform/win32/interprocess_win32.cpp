@@ -1,5 +1,5 @@
 // Win32 backend of the OS layer: lock files, file versions, process liveness.
-// Only code that works on every supported Windows version belongs here.
+// Needs LockFileEx, GetFileInformationByHandle, OpenProcess: Vista and later.
 #include <cstdint>
 
 #include "platform/error.h"
