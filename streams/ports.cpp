@@ -96,12 +96,13 @@ bool WidenPath(const char* path, UTF16String& out) {
   return true;
 }
 
+bool Writes(AccessMode mode) { return mode == kAccessWrite || mode == kAccessReadWrite; }
+
 // Opens `path` for a file port of `mode` (kAccessWrite: create or truncate,
 // kAccessReadWrite: open or create, anything else: read an existing file).
 // Every mode shares reading and never writing. The path is opened in its
 // long-path form, so that ports reach paths longer than the system's classic
 // limit.
-bool Writes(AccessMode mode) { return mode == kAccessWrite || mode == kAccessReadWrite; }
 
 platform::Result<platform::OpenedFile> OpenForMode(const UTF16String& path, AccessMode mode) {
   if (Writes(mode)) {
