@@ -373,8 +373,8 @@ constexpr int kMaxDepth = 1000;
   throw PropListError(PropListError::Kind::kNotAPropList, 0, "not a property list: " + why);
 }
 
-[[noreturn]] void ThrowSystem(PropListError::Kind kind, const char* what, const UTF16String& path) {
-  const std::uint32_t error = tovimpl::platform::GetLastError();
+[[noreturn]] void ThrowSystem(PropListError::Kind kind, const char* what, const UTF16String& path,
+                              std::uint32_t error) {
   UTF8StringStream text;
   text << what << " \"" << UTF16to8(path) << "\" (system error " << error << ")";
   throw PropListError(kind, error, text.str());
@@ -600,28 +600,27 @@ std::string ReadWholeFile(const UTF16String& path) {
   using namespace tovimpl::platform;
   // Shared for deletion too, so that on Windows another process can replace
   // the file while it is read.
-  FileHandle file = CreateFile(path, kGenericRead, kFileShareRead | kFileShareDelete, kOpenExisting,
-                               kFileFlagSequentialScan);
-  if (!file.IsOpen()) ThrowSystem(PropListError::Kind::kOpenFailed, "cannot open", path);
+  const Result<OpenedFile> opened = OpenFile(path, kGenericRead, kFileShareRead | kFileShareDelete,
+                                             kOpenExisting, kFileFlagSequentialScan);
+  if (!opened) ThrowSystem(PropListError::Kind::kOpenFailed, "cannot open", path, opened.Error());
+  const FileHandle file = opened->handle;
   std::string bytes;
-  std::int64_t size = 0;
-  if (GetFileSizeEx(file, &size) && size > 0 &&
-      static_cast<std::uint64_t>(size) < std::numeric_limits<std::size_t>::max() / 2) {
-    bytes.reserve(static_cast<std::size_t>(size));
+  if (opened->size > 0 && opened->size < std::numeric_limits<std::size_t>::max() / 2) {
+    bytes.reserve(static_cast<std::size_t>(opened->size));
   }
   char chunk[65536];
+  std::uint64_t at = 0;
   for (;;) {
-    std::uint32_t got = 0;
-    if (!ReadFile(file, chunk, sizeof chunk, &got)) {
-      const std::uint32_t error = GetLastError();
-      CloseHandle(file);
-      SetLastError(error);
-      ThrowSystem(PropListError::Kind::kReadFailed, "cannot read", path);
+    const Result<std::uint32_t> got = ReadAt(file, at, chunk, sizeof chunk);
+    if (!got) {
+      (void)CloseFile(file);
+      ThrowSystem(PropListError::Kind::kReadFailed, "cannot read", path, got.Error());
     }
-    if (got == 0) break;
-    bytes.append(chunk, got);
+    if (*got == 0) break;
+    bytes.append(chunk, *got);
+    at += *got;
   }
-  CloseHandle(file);
+  (void)CloseFile(file);
   return bytes;
 }
 
@@ -715,32 +714,33 @@ void SavePropList(const UTF16String& path, const PropList& list) {
   tempName << path << "." << GetCurrentProcessID() << "-" << ++gSaveSequence << ".tmp";
   const UTF16String temp = tempName.str();
 
-  FileHandle file = CreateFile(temp, kGenericWrite, 0, kCreateNew, kFileAttributeNormal);
-  if (!file.IsOpen()) ThrowSystem(PropListError::Kind::kWriteFailed, "cannot create", temp);
-  const auto fail = [&](const char* what) {
-    const std::uint32_t error = GetLastError();
-    if (file.IsOpen()) CloseHandle(file);
-    DeleteFile(temp);
-    SetLastError(error);
-    ThrowSystem(PropListError::Kind::kWriteFailed, what, path);
+  const Result<OpenedFile> created =
+      OpenFile(temp, kGenericWrite, 0, kCreateNew, kFileAttributeNormal);
+  if (!created) {
+    ThrowSystem(PropListError::Kind::kWriteFailed, "cannot create", temp, created.Error());
+  }
+  FileHandle file = created->handle;
+  const auto fail = [&](const char* what, std::uint32_t error) {
+    if (file.IsOpen()) (void)CloseFile(file);
+    (void)RemoveFile(temp);
+    ThrowSystem(PropListError::Kind::kWriteFailed, what, path, error);
   };
   std::size_t done = 0;
   while (done < text.size()) {
     const std::size_t rest = text.size() - done;
     const auto count = static_cast<std::uint32_t>(rest < 0x40000000u ? rest : 0x40000000u);
-    std::uint32_t written = 0;
-    if (!WriteFile(file, text.data() + done, count, &written) || written == 0) {
-      if (GetLastError() == 0) SetLastError(kErrorWriteFault);
-      fail("cannot write");
-    }
-    done += written;
+    const Result<std::uint32_t> written = WriteAt(file, done, text.data() + done, count);
+    if (!written) fail("cannot write", written.Error());
+    if (*written == 0) fail("cannot write", kErrorWriteFault);
+    done += *written;
   }
-  if (!FlushFileBuffers(file)) fail("cannot flush");
+  if (const Status flushed = FlushFile(file); !flushed) fail("cannot flush", flushed.Error());
   const FileHandle closing = file;
   file = FileHandle();
-  if (!CloseHandle(closing)) fail("cannot close");
-  if (!MoveFileEx(temp, path, kMoveFileReplaceExisting | kMoveFileWriteThrough)) {
-    fail("cannot replace");
+  if (const Status closed = CloseFile(closing); !closed) fail("cannot close", closed.Error());
+  if (const Status renamed = RenameFile(temp, path, kRenameReplaceExisting | kRenameWriteThrough);
+      !renamed) {
+    fail("cannot replace", renamed.Error());
   }
 }
 

@@ -50,11 +50,11 @@ void FileTimeToDateTime(std::uint64_t fileTime, Halyard::VDateTime* out) {
 namespace tovimpl::files {
 
 bool CreateNewEmptyFile(const UTF16String& path) {
-  const platform::FileHandle file =
-      platform::CreateFile(path, platform::kGenericWrite, platform::kFileShareRead,
-                           platform::kCreateNew, platform::kFileFlagRandomAccess);
-  if (!file.IsOpen()) return false;
-  platform::CloseHandle(file);
+  const platform::Result<platform::OpenedFile> file =
+      platform::OpenFile(path, platform::kGenericWrite, platform::kFileShareRead,
+                         platform::kCreateNew, platform::kFileFlagRandomAccess);
+  if (!file) return false;
+  (void)platform::CloseFile(file->handle);
   return true;
 }
 
@@ -127,11 +127,11 @@ UTF16String CFileSpec::TOVGetFileExtension() const {
 }
 
 std::uint32_t CFileSpec::CreateNewFile() {
-  const platform::FileHandle file = platform::CreateFile(
+  const platform::Result<platform::OpenedFile> file = platform::OpenFile(
       mFullPath, platform::kGenericRead | platform::kGenericWrite, platform::kFileShareRead,
       platform::kCreateAlways, platform::kFileFlagRandomAccess);
-  if (!file.IsOpen()) return TOV::kErrCreateFailed;
-  platform::CloseHandle(file);
+  if (!file) return TOV::kErrCreateFailed;
+  (void)platform::CloseFile(file->handle);
   return 0;
 }
 
@@ -149,7 +149,7 @@ std::uint32_t CFileSpec::CreateNewFolder() {
 }
 
 std::uint32_t CFileSpec::DeleteTheFile() {
-  return platform::DeleteFile(mFullPath) ? 0 : TOV::kErrGeneric;
+  return platform::RemoveFile(mFullPath) ? 0 : TOV::kErrGeneric;
 }
 
 bool CFileSpec::Exists() {
@@ -177,14 +177,11 @@ std::uint32_t CFileSpec::GetModificationTime(VDateTime* out) {
 std::uint32_t CFileSpec::GetFileSize(std::uint64_t* out) {
   if (out == nullptr) return TOV::kErrInvalidPointer;
   *out = 0;
-  const platform::FileHandle file =
-      platform::CreateFile(mFullPath, platform::kGenericRead, 0, platform::kOpenExisting, 0);
-  if (!file.IsOpen()) return TOV::kErrGetSizeFailed;
-  std::int64_t size = 0;
-  const bool sized = platform::GetFileSizeEx(file, &size);
-  platform::CloseHandle(file);
-  if (!sized) return TOV::kErrGetSizeFailed;
-  *out = static_cast<std::uint64_t>(size);
+  const platform::Result<platform::OpenedFile> file =
+      platform::OpenFile(mFullPath, platform::kGenericRead, 0, platform::kOpenExisting, 0);
+  if (!file) return TOV::kErrGetSizeFailed;
+  (void)platform::CloseFile(file->handle);
+  *out = file->size;
   return 0;
 }
 
@@ -256,16 +253,15 @@ std::uint32_t CheckReEncodeDiskSpaceRemaining(const unsigned short* sourceFile,
   if (sourceFile == nullptr || destination == nullptr) return TOV::kErrWriteFailed;
   const FileUtils::CFileSpec spec{UTF16String(destination)};
   const UTF16String folder = spec.TOVGetFolderPath();
-  const platform::FileHandle source = platform::CreateFile(
+  const platform::Result<platform::OpenedFile> source = platform::OpenFile(
       UTF16String(sourceFile), kFileReadAttributes, 0, platform::kOpenExisting, 0);
-  if (!source.IsOpen()) return TOV::kErrWriteFailed;
+  if (!source) return TOV::kErrWriteFailed;
   std::uint32_t status = TOV::kErrWriteFailed;
-  std::int64_t size = 0;
   std::uint64_t available = 0;
-  if (platform::GetFileSizeEx(source, &size) && platform::GetDiskFreeSpaceEx(folder, &available)) {
-    if (static_cast<double>(available) > static_cast<double>(size) * 1.25) status = 0;
+  if (platform::GetDiskFreeSpaceEx(folder, &available)) {
+    if (static_cast<double>(available) > static_cast<double>(source->size) * 1.25) status = 0;
   }
-  platform::CloseHandle(source);
+  (void)platform::CloseFile(source->handle);
   return status;
 }
 

@@ -114,8 +114,7 @@ unsigned char TOVMoveFile(const UTF16String& source, const UTF16String& target) 
 
 unsigned char TOVDeleteFile(const UTF16String& path) {
   if (!tovimpl::files::PathFileExists(path)) return 1;
-  if (platform::DeleteFile(path)) return 1;
-  return platform::GetLastError() == platform::kErrorSuccess ? 1 : 0;
+  return platform::RemoveFile(path) ? 1 : 0;
 }
 
 unsigned char TOVMoveToTrash(const UTF16String& path) {

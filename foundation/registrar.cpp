@@ -86,7 +86,7 @@ class Registry : public PropList {
     if (!mListPath.empty() && (mDirty || !platform::GetFileVersion(mListPath, &mScratch))) {
       static_cast<void>(Save());
     }
-    if (mLockFile.IsOpen()) platform::CloseHandle(mLockFile);
+    if (mLockFile.IsOpen()) (void)platform::CloseFile(mLockFile);
   }
 
   Registry(const Registry&) = delete;
@@ -112,7 +112,7 @@ class Registry : public PropList {
     std::lock_guard<std::recursive_mutex> lock(mLock);
     if (mListPath.empty()) return false;
     platform::FileVersion now{};
-    const bool exists = platform::GetFileVersion(mListPath, &now);
+    const bool exists = platform::GetFileVersion(mListPath, &now).IsOk();
     if (exists == mKnownExists && (!exists || now == mKnown)) return false;
     mKnownExists = exists;
     mKnown = now;
@@ -162,7 +162,7 @@ class Registry : public PropList {
           return SaveFailed(platform::kErrorNotEnoughMemory, error.what());
         }
       }
-      mKnownExists = platform::GetFileVersion(mListPath, &mKnown);
+      mKnownExists = platform::GetFileVersion(mListPath, &mKnown).IsOk();
       mDirty = false;
       mReport.saveStatus = 0;
       mReport.saveSystemError = 0;
@@ -229,7 +229,7 @@ class Registry : public PropList {
     do {
       if ((found.attributes & platform::kFileAttributeDirectory) == 0 &&
           SaveTempProcess(found.name) != 0 && !SaveOfRunningProcess(found.name)) {
-        platform::DeleteFile(pattern.substr(0, folderLength) + found.name);
+        (void)platform::RemoveFile(pattern.substr(0, folderLength) + found.name);
       }
     } while (platform::FindNextFile(search, &found));
     platform::FindClose(search);
@@ -248,7 +248,9 @@ class Registry : public PropList {
    public:
     ListLockHold(Registry& registry, bool locked) : mRegistry(registry), mLocked(locked) {}
     ~ListLockHold() {
-      if (mLocked && --mRegistry.mLockDepth == 0) platform::UnlockFile(mRegistry.mLockFile);
+      if (mLocked && --mRegistry.mLockDepth == 0) {
+        (void)platform::ReleaseLock(mRegistry.mLockFile);
+      }
     }
     ListLockHold(const ListLockHold&) = delete;
     ListLockHold& operator=(const ListLockHold&) = delete;
@@ -265,13 +267,11 @@ class Registry : public PropList {
       return true;
     }
     if (!mLockFile.IsOpen()) {
-      mLockFile = platform::OpenLockFile(mLockPath);
-      if (!mLockFile.IsOpen()) {
-        mLockFile = platform::FileHandle();
-        return false;
-      }
+      const platform::Result<platform::FileHandle> opened = platform::OpenLockFile(mLockPath);
+      if (!opened) return false;
+      mLockFile = *opened;
     }
-    if (!platform::LockFileExclusive(mLockFile)) return false;
+    if (!platform::TakeExclusiveLock(mLockFile)) return false;
     mLockDepth = 1;
     return true;
   }
@@ -325,7 +325,7 @@ class Registry : public PropList {
     platform::FileAttributeData data{};
     if (platform::GetFileAttributesEx(file, &data) && data.size == 0 &&
         (data.attributes & platform::kFileAttributeDirectory) == 0) {
-      platform::DeleteFile(file);
+      (void)platform::RemoveFile(file);
     }
   }
 
@@ -351,13 +351,14 @@ class Registry : public PropList {
     for (unsigned attempt = 1; attempt < 10000; ++attempt) {
       UTF16String target = base;
       if (attempt > 1) target += Utf16(std::string(1, '-').append(std::to_string(attempt)));
-      if (platform::MoveFileEx(mListPath, target, 0)) {
+      const platform::Status moved = platform::RenameFile(mListPath, target, 0);
+      if (moved) {
         mReport.damagedListSetAside = target;
         mDamaged = false;
         mKnownExists = false;
         return true;
       }
-      const std::uint32_t error = platform::GetLastError();
+      const std::uint32_t error = moved.Error();
       if (error != platform::kErrorAlreadyExists && error != platform::kErrorFileExists) {
         SaveFailed(error, "cannot set the damaged list aside");
         return false;

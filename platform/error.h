@@ -1,9 +1,12 @@
 // OS layer: error codes.
 //
-// Every operation of the OS layer reports failure the Windows way: it returns a
-// failure value (false, an invalid handle, …) and leaves a Windows error code
-// in the calling thread's last-error slot. The POSIX backend maps errno into
-// that slot through one table (MapErrno); the Win32 backend reads and writes the
+// Windows error codes are the library's one error vocabulary. Calls that
+// return a Status or a Result (platform/result.h) carry their code with them.
+// The other calls report failure the Windows way: they return a failure value
+// (false, an invalid handle, …) and leave the code in the calling thread's
+// last-error slot, which is also where public interfaces written against the
+// Windows calls (the file ports) leave theirs. The POSIX backend maps errno
+// through one table (MapErrno); the Win32 backend reads and writes the
 // system's own slot. A failure never leaves 0 there: several algorithms of the
 // library treat "last error 0" as success.
 #pragma once
@@ -14,29 +17,24 @@ namespace tovimpl::platform {
 
 // Windows error codes the library's status logic looks at.
 inline constexpr std::uint32_t kErrorSuccess = 0;
-inline constexpr std::uint32_t kErrorInvalidFunction = 1;
 inline constexpr std::uint32_t kErrorFileNotFound = 2;
 inline constexpr std::uint32_t kErrorPathNotFound = 3;
 inline constexpr std::uint32_t kErrorTooManyOpenFiles = 4;
 inline constexpr std::uint32_t kErrorAccessDenied = 5;
 inline constexpr std::uint32_t kErrorInvalidHandle = 6;
 inline constexpr std::uint32_t kErrorNotEnoughMemory = 8;
-inline constexpr std::uint32_t kErrorInvalidData = 13;
 inline constexpr std::uint32_t kErrorNotSameDevice = 17;
 inline constexpr std::uint32_t kErrorNoMoreFiles = 18;
 inline constexpr std::uint32_t kErrorWriteFault = 29;
 inline constexpr std::uint32_t kErrorReadFault = 30;
 inline constexpr std::uint32_t kErrorGenFailure = 31;
 inline constexpr std::uint32_t kErrorSharingViolation = 32;
-inline constexpr std::uint32_t kErrorLockViolation = 33;
-inline constexpr std::uint32_t kErrorHandleEof = 38;
 inline constexpr std::uint32_t kErrorNotSupported = 50;
 inline constexpr std::uint32_t kErrorFileExists = 80;
 inline constexpr std::uint32_t kErrorInvalidParameter = 87;
 inline constexpr std::uint32_t kErrorBrokenPipe = 109;
 inline constexpr std::uint32_t kErrorDiskFull = 112;
 inline constexpr std::uint32_t kErrorInsufficientBuffer = 122;
-inline constexpr std::uint32_t kErrorInvalidName = 123;
 inline constexpr std::uint32_t kErrorModNotFound = 126;
 inline constexpr std::uint32_t kErrorProcNotFound = 127;
 inline constexpr std::uint32_t kErrorNegativeSeek = 131;

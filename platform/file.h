@@ -1,20 +1,18 @@
 // OS layer: files opened by handle.
 //
-// The calls below have the shape of the Windows file calls they stand for
-// (CreateFileW, ReadFile, WriteFile, SetFilePointer, SetFilePointerEx,
-// SetEndOfFile, GetFileSize, GetFileSizeEx, FlushFileBuffers, CloseHandle,
-// DeleteFileW) and report failures the same way: a failure value is returned
-// and a Windows error code is left in the thread's last-error slot
-// (platform/error.h). Paths are library paths (UTF-16, Windows spelling).
+// A file is opened into a handle, then read and written in slices at 64-bit
+// positions; every call returns its outcome with the Windows error code of its
+// failure (platform/result.h). The handle keeps no position of its own that
+// callers rely on: whoever needs a file pointer (the file ports) keeps it.
+// Paths are library paths (UTF-16, Windows spelling).
 //
-//   FileHandle h = CreateFile(path, kGenericRead, kFileShareRead, kOpenExisting,
-//                             kFileFlagSequentialScan);
-//   if (h.IsInvalid()) return GetLastError();   // e.g. 2, 3, 5 or 32
-//   std::uint32_t got = 0;
-//   ReadFile(h, buffer, 100, &got);
-//   CloseHandle(h);
+//   Result<OpenedFile> opened = OpenFile(path, kGenericRead, kFileShareRead,
+//                                        kOpenExisting, kFileFlagSequentialScan);
+//   if (!opened) return opened.Error();        // e.g. 2, 3, 5 or 32
+//   Result<std::uint32_t> got = ReadAt(opened->handle, 0, buffer, 100);
+//   CloseFile(opened->handle);
 //
-// Every open the library makes with a share mode goes through CreateFile, so
+// Every open the library makes with a share mode goes through OpenFile, so
 // that library handles see each other's sharing rules.
 //
 // Sharing on POSIX. Windows share modes are emulated with flock(2) on the
@@ -41,16 +39,16 @@
 //     exec'd shares the parent's lock (descriptors are opened O_CLOEXEC, so an
 //     exec'd program never inherits one).
 //
-// Seeks on POSIX. For regular files a seek only records the new position; the
-// next ReadFile or WriteFile transfers there with pread/pwrite, so the ports'
-// seek-then-transfer costs one system call. Every call here reports the file
-// pointer as on Windows; only the descriptor's kernel offset, which no caller
-// sees, lags behind.
+// Cost on POSIX: an open is open(2), one fstat(2) (whose answer OpenFile
+// returns) and flock(2), plus ftruncate(2) when it truncates an existing file;
+// ReadAt and WriteAt are one pread(2)/pwrite(2) each for a transfer the system
+// completes at once.
 #pragma once
 
 #include <cstdint>
 
 #include "basalt/strings.h"
+#include "platform/result.h"
 
 namespace tovimpl::platform {
 
@@ -95,96 +93,74 @@ inline constexpr std::uint32_t kOpenExisting = 3;      // fail with 2 or 3 if it
 inline constexpr std::uint32_t kOpenAlways = 4;        // open, or create a missing file
 inline constexpr std::uint32_t kTruncateExisting = 5;  // open and truncate; needs write access
 
-// Flags and attributes (hints; the POSIX backend honours only the folder flag).
+// Hints (combine with |; the POSIX backend honours only the folder flag).
 inline constexpr std::uint32_t kFileAttributeNormal = 0x80u;
 inline constexpr std::uint32_t kFileFlagBackupSemantics = 0x02000000u;  // allows opening a folder
 inline constexpr std::uint32_t kFileFlagSequentialScan = 0x08000000u;
 inline constexpr std::uint32_t kFileFlagRandomAccess = 0x10000000u;
+// Open the path in its long-path form: Windows puts "\\?\" in front of it
+// ("\\server\share\x" becomes "\\?\UNC\server\share\x"; a path that already
+// has the prefix stays), which lifts the 260-character limit and turns off the
+// system's path normalisation. Meaningful for absolute paths only. POSIX
+// ignores it.
+inline constexpr std::uint32_t kOpenLongPath = 0x00000001u;
 
-// Move methods of SetFilePointer / SetFilePointerEx.
-inline constexpr std::uint32_t kFileBegin = 0;
-inline constexpr std::uint32_t kFileCurrent = 1;
-inline constexpr std::uint32_t kFileEnd = 2;
+// What an open learnt about the file.
+struct OpenedFile {
+  FileHandle handle;
+  std::uint64_t size = 0;  // the size right after the open (0 after a truncation)
+  bool existed = false;    // the file was there before the open
+  bool isFolder = false;   // only with kFileFlagBackupSemantics
+};
 
-// The failure value of SetFilePointer and GetFileSize. It is also a valid
-// answer (a low part of 0xFFFFFFFF); on success these calls then set the last
-// error to 0, so callers test "== kInvalidSetFilePointer && GetLastError() != 0".
-inline constexpr std::uint32_t kInvalidSetFilePointer = 0xFFFFFFFFu;
-inline constexpr std::uint32_t kInvalidFileSize = 0xFFFFFFFFu;
-
-// CreateFileW. Opens or creates the file and returns its handle, or
-// FileHandle::Invalid() with the last error set: 2 file not found, 3 path not
-// found, 5 access denied (also for a folder without kFileFlagBackupSemantics),
-// 32 sharing violation (see the top of this header), 80 kCreateNew on an
+// Opens or creates the file. Failure: 2 file not found, 3 path not found, 5
+// access denied (also for a folder without kFileFlagBackupSemantics), 32
+// sharing violation (see the top of this header), 80 kCreateNew on an
 // existing file, 87 a bad disposition (or kTruncateExisting without write
-// access). On success the last error is 183 when kCreateAlways or kOpenAlways
-// found an existing file and 0 otherwise, as on Windows. Truncation happens
-// only after the sharing check passed. Handles are never inherited by programs
-// the process starts. New files get mode 0666 less the umask.
-FileHandle CreateFile(UTF16StringView libraryPath, std::uint32_t desiredAccess,
-                      std::uint32_t shareMode, std::uint32_t creationDisposition,
-                      std::uint32_t flagsAndAttributes);
+// access). Truncation happens only after the sharing check passed. Handles are
+// never inherited by programs the process starts. New files get mode 0666 less
+// the umask on POSIX.
+Result<OpenedFile> OpenFile(UTF16StringView libraryPath, std::uint32_t access, std::uint32_t share,
+                            std::uint32_t disposition, std::uint32_t hints);
 
-// ReadFile. Reads up to `count` bytes at the file pointer into `buffer` and
-// advances the pointer; `*bytesRead` (may be null) gets the number delivered,
-// fewer than `count` only at the end of the file (0 at or past the end, which
-// is still success). `buffer` must hold `count` bytes. Failure: false, 6 for a
-// null or invalid handle, 5 for a handle without read access.
-bool ReadFile(FileHandle file, void* buffer, std::uint32_t count, std::uint32_t* bytesRead);
+// Reads up to `count` bytes at `position` into `buffer` (which holds `count`
+// bytes) and returns the number delivered: fewer than `count` only at the end
+// of the file, 0 at or past the end (still success). Failure: 6 for a null or
+// invalid handle, 5 for a handle without read access. Other threads may read
+// the same handle at other positions at the same time.
+Result<std::uint32_t> ReadAt(FileHandle file, std::uint64_t position, void* buffer,
+                             std::uint32_t count);
 
-// WriteFile. Writes `count` bytes at the file pointer (extending the file when
-// it lies past the end; the gap reads as zeros) and advances the pointer;
-// `*bytesWritten` (may be null) gets the number written. Failure: false, 112
+// Writes `count` bytes at `position` (extending the file when it lies past the
+// end; the gap reads as zeros) and returns the number written. Failure: 112
 // when the disk is full, 6 for a bad handle, 5 without write access.
-bool WriteFile(FileHandle file, const void* buffer, std::uint32_t count,
-               std::uint32_t* bytesWritten);
+Result<std::uint32_t> WriteAt(FileHandle file, std::uint64_t position, const void* buffer,
+                              std::uint32_t count);
 
-// Test seam: while set, WriteFile first asks `fault` about every write; a
+// Test seam: while set, WriteAt first asks `fault` about every write; a
 // nonzero answer fails that write with the answer as its Windows error code
 // (112 for a full disk, say) and writes nothing. Null restores plain writes.
 // Set it only while no other thread writes.
 using WriteFault = std::uint32_t (*)(FileHandle file, std::uint32_t count);
 void SetWriteFaultForTesting(WriteFault fault);
 
-// SetFilePointer. Without `distanceHigh` the distance is the signed 32-bit
-// `distance`; with it, the 64-bit value (*distanceHigh << 32) | (uint32)distance,
-// and the high part of the new position is stored back in *distanceHigh.
-// Returns the low 32 bits of the new position. Failure: kInvalidSetFilePointer,
-// the file pointer unchanged, last error 131 for a position before the start
-// (so at FILE_BEGIN without a high part, any distance of 2^31 or more is
-// negative and fails with 131), 87 when there is no high part and the new
-// position does not fit in 32 bits, 6 for a bad handle.
-std::uint32_t SetFilePointer(FileHandle file, std::int32_t distance, std::int32_t* distanceHigh,
-                             std::uint32_t moveMethod);
+// The file's size now. Failure: 6 for a bad handle.
+Result<std::uint64_t> FileSize(FileHandle file);
 
-// SetFilePointerEx. Moves the file pointer by a signed 64-bit distance; the new
-// position goes to *newPosition (may be null). Failure: false, 131 for a
-// position before the start, 6 for a bad handle.
-bool SetFilePointerEx(FileHandle file, std::int64_t distance, std::int64_t* newPosition,
-                      std::uint32_t moveMethod);
+// Truncates or extends the file to `size` bytes (an extension reads as zeros).
+// Failure: 5 without write access, 6 for a bad handle.
+Status SetFileSize(FileHandle file, std::uint64_t size);
 
-// SetEndOfFile. Truncates or extends the file to the file pointer (an extension
-// reads as zeros). Failure: false, 5 without write access.
-bool SetEndOfFile(FileHandle file);
+// Hands the file's written data to the storage device.
+Status FlushFile(FileHandle file);
 
-// GetFileSize. Returns the low 32 bits of the size and stores the high 32 bits
-// in *sizeHigh when it is given. Failure: kInvalidFileSize, 6 for a bad handle.
-std::uint32_t GetFileSize(FileHandle file, std::uint32_t* sizeHigh);
+// Closes an open handle (its sharing lock goes with it). A null or invalid
+// handle fails with 6 and changes nothing.
+Status CloseFile(FileHandle file);
 
-// GetFileSizeEx. Stores the size in *size. Failure: false.
-bool GetFileSizeEx(FileHandle file, std::int64_t* size);
-
-// FlushFileBuffers. Hands the file's written data to the storage device.
-bool FlushFileBuffers(FileHandle file);
-
-// CloseHandle. Closes an open handle (its sharing lock goes with it). A null or
-// invalid handle fails with 6 and changes nothing.
-bool CloseHandle(FileHandle file);
-
-// DeleteFileW. Removes the file. Failure: false, 2/3 when it does not exist,
-// 5 for a folder or without permission. On POSIX an open file can be deleted
-// (its handles keep working); on Windows that fails unless every open shares
-// deletion.
-bool DeleteFile(UTF16StringView libraryPath);
+// Removes the file. Failure: 2/3 when it does not exist, 5 for a folder or
+// without permission. On POSIX an open file can be removed (its handles keep
+// working); on Windows that fails unless every open shares deletion.
+Status RemoveFile(UTF16StringView libraryPath);
 
 }  // namespace tovimpl::platform

@@ -2,13 +2,13 @@
 // a lock file, a way to tell that a file was replaced, and whether a process
 // still runs.
 //
-//   FileHandle lock = OpenLockFile(u"C:\\Cache\\list.xml.lock"_u16);
-//   LockFileExclusive(lock);          // waits for the other processes
+//   Result<FileHandle> lock = OpenLockFile(u"C:\\Cache\\list.xml.lock"_u16);
+//   TakeExclusiveLock(*lock);         // waits for the other processes
 //   FileVersion before{};
 //   GetFileVersion(u"C:\\Cache\\list.xml"_u16, &before);
 //   ...read, change, replace the file...
-//   UnlockFile(lock);
-//   CloseHandle(lock);                // platform/file.h
+//   ReleaseLock(*lock);
+//   CloseFile(*lock);                 // platform/file.h
 //
 // The lock binds only processes that take it: it guards a protocol, not the
 // file. Its holder is the open lock-file handle, so two handles of one process
@@ -20,20 +20,21 @@
 
 #include "basalt/strings.h"
 #include "platform/file.h"
+#include "platform/result.h"
 
 namespace tovimpl::platform {
 
 // Opens the lock file at `path`, creating it empty when missing, for reading
 // and writing and shared with every other open (no sharing lock is taken, see
-// platform/file.h). Invalid handle with the last error on failure.
-FileHandle OpenLockFile(const UTF16String& path);
+// platform/file.h).
+Result<FileHandle> OpenLockFile(const UTF16String& path);
 
-// Waits until this handle holds the exclusive lock. False with the last error
-// when the lock cannot be taken (a bad handle: 6; a file system without locks).
-bool LockFileExclusive(FileHandle lockFile);
+// Waits until this handle holds the exclusive lock. Fails when the lock cannot
+// be taken (a bad handle: 6; a file system without locks).
+Status TakeExclusiveLock(FileHandle lockFile);
 
-// Releases the lock taken with LockFileExclusive.
-bool UnlockFile(FileHandle lockFile);
+// Releases the lock taken with TakeExclusiveLock.
+Status ReleaseLock(FileHandle lockFile);
 
 // What distinguishes one state of a file from another: the volume and file
 // identity (a file replaced by a rename gets a new one), its size and its
@@ -50,9 +51,9 @@ struct FileVersion {
   friend bool operator==(const FileVersion&, const FileVersion&) = default;
 };
 
-// The version of the file or folder at `path`. False with the last error
-// (2 or 3 when it does not exist).
-bool GetFileVersion(const UTF16String& path, FileVersion* version);
+// The version of the file or folder at `path` into *version. Failure: 2 or 3
+// when it does not exist.
+Status GetFileVersion(const UTF16String& path, FileVersion* version);
 
 // Whether a process with this identifier exists now. A process identifier can
 // be reused, so true may name another program; false is certain.

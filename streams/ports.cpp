@@ -5,6 +5,7 @@
 #include <cstring>
 #include <cwchar>
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "platform/error.h"
@@ -14,13 +15,26 @@
 namespace Halyard {
 namespace detail {
 
-// The path and handle of a file port. Copies of a port share one record; the
-// count says how many ports hold it.
+// The path and handle of a file port, and the port's file pointer. Copies of a
+// port share one record, as they share the handle; the count says how many
+// ports hold it.
+//
+// The file pointer is the port's own: every transfer starts at it and moves it
+// on by what was transferred, and a seek that fails leaves it where it was, so
+// the transfer that follows happens there (the behaviour of a Windows file
+// pointer, which the ports' contract keeps on every platform).
+//
+// A read-only port keeps the size its open learnt: the port shares reading and
+// never writing, and cannot write itself, so nothing the library does can change
+// that size while the handle is open.
 struct FilePortFile {
   explicit FilePortFile(const unsigned short* text) : path(text) {}
   std::atomic<std::uint32_t> refs{1};
   UTF16String path;
   tovimpl::platform::FileHandle handle;
+  std::atomic<std::uint64_t> position{0};
+  bool sizeKnown = false;
+  std::uint64_t size = 0;
 };
 
 }  // namespace detail
@@ -45,21 +59,14 @@ platform::FileHandle HandleOf(const FilePortFile* file) {
   return file == nullptr ? platform::FileHandle() : file->handle;
 }
 
-// The long-path form of a path: "\\?\" is put in front, "\\server\share"
-// becomes "\\?\UNC\server\share", a path that already has the prefix stays.
-UTF16String LongPathForm(UTF16StringView path) {
-  static constexpr unsigned short kPrefix[] = {'\\', '\\', '?', '\\'};
-  const UTF16StringView prefix(kPrefix, 4);
-  if (path.substr(0, 4) == prefix) return UTF16String(path);
-  UTF16String out(prefix);
-  if (path.size() >= 2 && path[0] == '\\' && path[1] == '\\') {
-    static constexpr unsigned short kUnc[] = {'U', 'N', 'C'};
-    out.append(kUnc, 3);
-    out.append(path.substr(1));
-  } else {
-    out.append(path);
-  }
-  return out;
+// The ports leave the thread's last error (platform/error.h) as the Windows
+// calls their contract is written against leave it: the code of a failed step,
+// 0 after a successful seek, 183 after an open that found the file it could
+// also have created. Callers read it after a failed port call.
+template <class R>
+const R& Noted(const R& outcome) {
+  if (!outcome) platform::SetLastError(outcome.Error());
+  return outcome;
 }
 
 // An 8-bit path in the current locale's multibyte encoding as UTF-16. False
@@ -89,42 +96,60 @@ bool WidenPath(const char* path, UTF16String& out) {
   return true;
 }
 
+bool Writes(AccessMode mode) { return mode == kAccessWrite || mode == kAccessReadWrite; }
+
 // Opens `path` for a file port of `mode` (kAccessWrite: create or truncate,
 // kAccessReadWrite: open or create, anything else: read an existing file).
-// Every mode shares reading and never writing.
-platform::FileHandle OpenForMode(const UTF16String& path, AccessMode mode) {
-  const UTF16String target = LongPathForm(path);
-  if (mode == kAccessWrite || mode == kAccessReadWrite) {
-    return platform::CreateFile(
-        target, platform::kGenericRead | platform::kGenericWrite, platform::kFileShareRead,
+// Every mode shares reading and never writing. The path is opened in its
+// long-path form, so that ports reach paths longer than the system's classic
+// limit.
+
+platform::Result<platform::OpenedFile> OpenForMode(const UTF16String& path, AccessMode mode) {
+  if (Writes(mode)) {
+    return platform::OpenFile(
+        path, platform::kGenericRead | platform::kGenericWrite, platform::kFileShareRead,
         mode == kAccessWrite ? platform::kCreateAlways : platform::kOpenAlways,
-        platform::kFileFlagRandomAccess);
+        platform::kFileFlagRandomAccess | platform::kOpenLongPath);
   }
-  return platform::CreateFile(target, platform::kGenericRead, platform::kFileShareRead,
-                              platform::kOpenExisting, platform::kFileFlagSequentialScan);
+  return platform::OpenFile(path, platform::kGenericRead, platform::kFileShareRead,
+                            platform::kOpenExisting,
+                            platform::kFileFlagSequentialScan | platform::kOpenLongPath);
 }
 
 // The shared Open of both file ports: replaces the record, opens, stores the handle.
-std::uint32_t OpenFile(FilePortFile*& file, const unsigned short* path, AccessMode mode) {
+std::uint32_t OpenPortFile(FilePortFile*& file, const unsigned short* path, AccessMode mode) {
   if (path == nullptr) return TOV::kErrInvalidArgument;
   try {
     auto* fresh = new FilePortFile(path);
     Drop(file);  // a handle still open is left open, deliberately
     file = fresh;
-    file->handle = OpenForMode(file->path, mode);
-    if (file->handle.IsInvalid()) {
-      return platform::GetLastError() != 0 ? TOV::kErrOpenFailed : TOV::kSuccess;
+    const platform::Result<platform::OpenedFile> opened = Noted(OpenForMode(file->path, mode));
+    if (!opened) {
+      file->handle = platform::FileHandle::Invalid();
+      return TOV::kErrOpenFailed;
     }
+    platform::SetLastError(Writes(mode) && opened->existed ? platform::kErrorAlreadyExists
+                                                           : platform::kErrorSuccess);
+    file->handle = opened->handle;
+    file->sizeKnown = !Writes(mode);
+    file->size = opened->size;
     return TOV::kSuccess;
   } catch (...) {
     return TOV::kErrOpenFailed;
   }
 }
 
-std::uint32_t CloseFile(FilePortFile* file) {
+// The file's size: the one its open learnt when the port cannot have changed it.
+platform::Result<std::uint64_t> SizeOf(const FilePortFile* file) {
+  if (file == nullptr) return platform::Status::Failure(platform::kErrorInvalidHandle);
+  if (file->sizeKnown && file->handle.IsOpen()) return file->size;
+  return Noted(platform::FileSize(file->handle));
+}
+
+std::uint32_t ClosePortFile(FilePortFile* file) {
   if (file == nullptr || file->handle.IsNull()) return TOV::kSuccess;
   try {
-    platform::CloseHandle(file->handle);
+    (void)Noted(platform::CloseFile(file->handle));
     file->handle = platform::FileHandle();
     return TOV::kSuccess;
   } catch (...) {
@@ -137,63 +162,80 @@ void DestroyFile(FilePortFile*& file, unsigned char ownsResource) {
   if (file == nullptr) return;
   try {
     if (!file->handle.IsNull()) {
-      platform::CloseHandle(file->handle);
+      (void)Noted(platform::CloseFile(file->handle));
       file->handle = platform::FileHandle();
     }
-    if (ownsResource != 0) platform::DeleteFile(file->path);
+    if (ownsResource != 0) (void)Noted(platform::RemoveFile(file->path));
   } catch (...) {
   }
   Drop(std::exchange(file, nullptr));
 }
 
+// Where a port's seek to `pos` puts the file pointer, or nothing when it fails.
+// The 32-bit port's positions are unsigned 32-bit, but they are handed on as a
+// signed 32-bit distance from the start, so 2^31 and more is a position before
+// the start: the seek fails (the port cannot reach 2 GiB and beyond). The
+// 64-bit port's positions are signed 64-bit distances likewise: 2^63 and more
+// fail.
+std::optional<std::uint64_t> Seek32(std::uint32_t pos) {
+  if (static_cast<std::int32_t>(pos) < 0) return std::nullopt;
+  return std::uint64_t{pos};
+}
+
+std::optional<std::uint64_t> Seek64(std::uint64_t pos) {
+  if (static_cast<std::int64_t>(pos) < 0) return std::nullopt;
+  return pos;
+}
+
 // Reads or writes `count` bytes after a seek whose failure is remembered but
-// does not stop the transfer. `failure` is the operation's own code.
-template <class Seek>
-std::uint32_t Transfer(platform::FileHandle handle, Seek seek, std::int32_t count, bool reading,
-                       void* readTo, const void* writeFrom, std::uint32_t failure) {
+// does not stop the transfer: it then happens at the file pointer as it was.
+// `failure` is the operation's own code. A read that delivers nothing fails.
+std::uint32_t Transfer(FilePortFile* file, std::optional<std::uint64_t> target, std::int32_t count,
+                       bool reading, void* readTo, const void* writeFrom, std::uint32_t failure) {
   try {
-    std::uint32_t result = TOV::kSuccess;
-    if (!seek(handle) && platform::GetLastError() != 0) result = failure;
-    const std::uint32_t amount = count < 0 ? 0u : static_cast<std::uint32_t>(count);
-    std::uint32_t done = 0;
-    const bool ok = reading ? platform::ReadFile(handle, readTo, amount, &done)
-                            : platform::WriteFile(handle, writeFrom, amount, &done);
-    if (!ok) {
-      result = platform::GetLastError() != 0 ? failure : TOV::kSuccess;
-    } else if (reading && done == 0 && count != 0) {
-      result = failure;  // nothing left at this position
+    if (file == nullptr || !file->handle.IsOpen()) {
+      platform::SetLastError(platform::kErrorInvalidHandle);
+      return failure;
     }
+    std::uint32_t result = TOV::kSuccess;
+    if (target) {
+      file->position.store(*target, std::memory_order_relaxed);
+      platform::SetLastError(platform::kErrorSuccess);
+    } else {
+      platform::SetLastError(platform::kErrorNegativeSeek);
+      result = failure;
+    }
+    const std::uint64_t at = file->position.load(std::memory_order_relaxed);
+    const std::uint32_t amount = count < 0 ? 0u : static_cast<std::uint32_t>(count);
+    const platform::Result<std::uint32_t> done =
+        Noted(reading ? platform::ReadAt(file->handle, at, readTo, amount)
+                      : platform::WriteAt(file->handle, at, writeFrom, amount));
+    if (!done) return failure;
+    file->position.store(at + *done, std::memory_order_relaxed);
+    if (reading && *done == 0 && count != 0) return failure;  // nothing left at this position
     return result;
   } catch (...) {
     return failure;
   }
 }
 
-// The seek of the 32-bit port: no high part, so 2^31 and more is a negative distance.
-auto Seek32(std::uint32_t pos) {
-  return [pos](platform::FileHandle handle) {
-    return platform::SetFilePointer(handle, static_cast<std::int32_t>(pos), nullptr,
-                                    platform::kFileBegin) != platform::kInvalidSetFilePointer;
-  };
-}
-
-// The seek of the 64-bit port: the high 32 bits go with it.
-auto Seek64(std::uint64_t pos) {
-  return [pos](platform::FileHandle handle) {
-    auto high = static_cast<std::int32_t>(static_cast<std::uint32_t>(pos >> 32));
-    return platform::SetFilePointer(
-               handle, static_cast<std::int32_t>(static_cast<std::uint32_t>(pos)), &high,
-               platform::kFileBegin) != platform::kInvalidSetFilePointer;
-  };
-}
-
-template <class Seek>
-std::uint32_t SetSize(platform::FileHandle handle, Seek seek, std::uint32_t success) {
+// Sets the size through the file pointer, as the ports' contract has it: a
+// seek to the new size (failing as the port's seeks fail), then the end of the
+// file put there.
+std::uint32_t SetSize(FilePortFile* file, std::optional<std::uint64_t> target,
+                      std::uint32_t success) {
   try {
-    if (!seek(handle) && platform::GetLastError() != 0) return TOV::kErrSetSizeFailed;
-    if (!platform::SetEndOfFile(handle) && platform::GetLastError() != 0) {
+    if (file == nullptr || !file->handle.IsOpen()) {
+      platform::SetLastError(platform::kErrorInvalidHandle);
       return TOV::kErrSetSizeFailed;
     }
+    if (!target) {
+      platform::SetLastError(platform::kErrorNegativeSeek);
+      return TOV::kErrSetSizeFailed;
+    }
+    file->position.store(*target, std::memory_order_relaxed);
+    platform::SetLastError(platform::kErrorSuccess);
+    if (!Noted(platform::SetFileSize(file->handle, *target))) return TOV::kErrSetSizeFailed;
     return success;
   } catch (...) {
     return TOV::kErrSetSizeFailed;
@@ -313,32 +355,39 @@ CFilePort& CFilePort::operator=(const CFilePort& other) {
 CFilePort::~CFilePort() { DestroyFile(mFile, OwnsResource()); }
 
 std::uint32_t CFilePort::Size(std::uint32_t newSize) {
-  return SetSize(HandleOf(mFile), Seek32(newSize), newSize);
+  return SetSize(mFile, Seek32(newSize), newSize);
 }
 
+// The low 32 bits of the size; 0 when it cannot be read, and also when those
+// bits are 0xFFFFFFFF (the value that doubles as the failure answer of the
+// 32-bit size query the port's contract is written against).
 std::uint32_t CFilePort::Size() const {
   try {
-    const platform::FileHandle handle = HandleOf(mFile);
-    if (!handle.IsOpen()) return 0;
-    const std::uint32_t size = platform::GetFileSize(handle, nullptr);
-    return size == platform::kInvalidFileSize ? 0 : size;
+    if (!HandleOf(mFile).IsOpen()) return 0;
+    const platform::Result<std::uint64_t> size = SizeOf(mFile);
+    if (!size) return 0;
+    const auto low = static_cast<std::uint32_t>(*size);
+    if (low != 0xFFFFFFFFu) return low;
+    platform::SetLastError(platform::kErrorSuccess);  // a size, not a failure
+    return 0;
   } catch (...) {
     return 0;
   }
 }
 
-std::uint32_t CFilePort::Close() { return CloseFile(mFile); }
+std::uint32_t CFilePort::Close() { return ClosePortFile(mFile); }
 
 std::uint32_t CFilePort::Read(std::uint32_t pos, std::int32_t count, void* buffer) const {
-  return Transfer(HandleOf(mFile), Seek32(pos), count, true, buffer, nullptr, TOV::kErrReadFailed);
+  return Transfer(mFile, Seek32(pos), count, true, buffer, nullptr, TOV::kErrReadFailed);
 }
 
 std::uint32_t CFilePort::Write(std::uint32_t pos, std::int32_t count, const void* buffer) {
-  return Transfer(HandleOf(mFile), Seek32(pos), count, false, nullptr, buffer,
-                  TOV::kErrWriteFailed);
+  return Transfer(mFile, Seek32(pos), count, false, nullptr, buffer, TOV::kErrWriteFailed);
 }
 
-std::uint32_t CFilePort::Open(const unsigned short* path) { return OpenFile(mFile, path, Mode()); }
+std::uint32_t CFilePort::Open(const unsigned short* path) {
+  return OpenPortFile(mFile, path, Mode());
+}
 
 std::uint32_t CFilePort::Open(const char* path) {
   if (path == nullptr) return TOV::kErrInvalidArgument;
@@ -376,35 +425,30 @@ CFilePortEx& CFilePortEx::operator=(const CFilePortEx& other) {
 CFilePortEx::~CFilePortEx() { DestroyFile(mFile, OwnsResource()); }
 
 std::uint32_t CFilePortEx::Size(std::uint64_t newSize) {
-  return SetSize(HandleOf(mFile), Seek64(newSize), static_cast<std::uint32_t>(newSize));
+  return SetSize(mFile, Seek64(newSize), static_cast<std::uint32_t>(newSize));
 }
 
+// The size; 0 when it cannot be read.
 std::uint64_t CFilePortEx::Size() const {
   try {
-    const platform::FileHandle handle = HandleOf(mFile);
-    std::int64_t size = 0;
-    // Asked twice, the first answer discarded: harmless, and kept.
-    platform::GetFileSizeEx(handle, &size);
-    if (!platform::GetFileSizeEx(handle, &size)) return 0;
-    return static_cast<std::uint64_t>(size);
+    return SizeOf(mFile).ValueOr(0);
   } catch (...) {
     return 0;
   }
 }
 
-std::uint32_t CFilePortEx::Close() { return CloseFile(mFile); }
+std::uint32_t CFilePortEx::Close() { return ClosePortFile(mFile); }
 
 std::uint32_t CFilePortEx::Read(std::uint64_t pos, std::int32_t count, void* buffer) const {
-  return Transfer(HandleOf(mFile), Seek64(pos), count, true, buffer, nullptr, TOV::kErrReadFailed);
+  return Transfer(mFile, Seek64(pos), count, true, buffer, nullptr, TOV::kErrReadFailed);
 }
 
 std::uint32_t CFilePortEx::Write(std::uint64_t pos, std::int32_t count, const void* buffer) {
-  return Transfer(HandleOf(mFile), Seek64(pos), count, false, nullptr, buffer,
-                  TOV::kErrWriteFailed);
+  return Transfer(mFile, Seek64(pos), count, false, nullptr, buffer, TOV::kErrWriteFailed);
 }
 
 std::uint32_t CFilePortEx::Open(const unsigned short* path) {
-  return OpenFile(mFile, path, Mode());
+  return OpenPortFile(mFile, path, Mode());
 }
 
 std::uint32_t CFilePortEx::Open(const char* path) {

@@ -1,5 +1,5 @@
 // POSIX backend of the OS layer: putting a finished file in place of another.
-// Only code that works on every POSIX system the library supports belongs here.
+// Needs only rename(2), fsync(2) and O_DIRECTORY (POSIX.1-2008): no Linux-only call.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -34,19 +34,13 @@ void SyncParentFolder(const std::string& nativePath) {
 
 }  // namespace
 
-bool MoveFileEx(UTF16StringView source, UTF16StringView target, std::uint32_t flags) {
+Status RenameFile(UTF16StringView source, UTF16StringView target, std::uint32_t flags) {
   const std::string from = posix::NativePath(source);
   const std::string to = posix::NativePath(target);
   struct stat info {};
   if (::lstat(to.c_str(), &info) == 0) {
-    if ((flags & kMoveFileReplaceExisting) == 0) {
-      SetLastError(kErrorAlreadyExists);
-      return false;
-    }
-    if (S_ISDIR(info.st_mode)) {
-      SetLastError(kErrorAccessDenied);
-      return false;
-    }
+    if ((flags & kRenameReplaceExisting) == 0) return Status::Failure(kErrorAlreadyExists);
+    if (S_ISDIR(info.st_mode)) return Status::Failure(kErrorAccessDenied);
   }
   if (::rename(from.c_str(), to.c_str()) != 0) {
     const int error = errno;
@@ -54,11 +48,11 @@ bool MoveFileEx(UTF16StringView source, UTF16StringView target, std::uint32_t fl
     // else the target's folder is missing.
     struct stat source {};
     const bool sourceThere = ::lstat(from.c_str(), &source) == 0;
-    posix::SetLastErrorFromErrno(error, ExistsAs::kAlreadyExists, sourceThere ? to : from);
-    return false;
+    return Status::Failure(
+        posix::MapErrno(error, ExistsAs::kAlreadyExists, sourceThere ? to : from));
   }
-  if ((flags & kMoveFileWriteThrough) != 0) SyncParentFolder(to);
-  return true;
+  if ((flags & kRenameWriteThrough) != 0) SyncParentFolder(to);
+  return Status::Ok();
 }
 
 }  // namespace tovimpl::platform

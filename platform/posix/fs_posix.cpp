@@ -328,10 +328,13 @@ UTF16String GetTempPath() {
 namespace {
 // Creates an empty file that must not exist yet; false with the last error set.
 bool CreateNewEmpty(const UTF16String& path) {
-  const FileHandle file =
-      CreateFile(path, kGenericWrite, kFileShareRead, kCreateNew, kFileAttributeNormal);
-  if (!file.IsOpen()) return false;
-  CloseHandle(file);
+  const Result<OpenedFile> file =
+      OpenFile(path, kGenericWrite, kFileShareRead, kCreateNew, kFileAttributeNormal);
+  if (!file) {
+    SetLastError(file.Error());
+    return false;
+  }
+  (void)CloseFile(file->handle);
   return true;
 }
 }  // namespace
@@ -372,7 +375,7 @@ namespace {
 struct Handle {
   FileHandle file;
   ~Handle() {
-    if (file.IsOpen()) CloseHandle(file);
+    if (file.IsOpen()) (void)CloseFile(file);
   }
 };
 
@@ -395,18 +398,27 @@ bool CopyNative(const std::string& source, const std::string& target, CopyProgre
   const UTF16String sourcePath = LibraryPath(source);
   const UTF16String targetPath = LibraryPath(target);
   Handle in;
-  in.file =
-      CreateFile(sourcePath, kGenericRead, kFileShareRead, kOpenExisting, kFileFlagSequentialScan);
-  if (!in.file.IsOpen()) return false;
+  const Result<OpenedFile> opened =
+      OpenFile(sourcePath, kGenericRead, kFileShareRead, kOpenExisting, kFileFlagSequentialScan);
+  if (!opened) {
+    SetLastError(opened.Error());
+    return false;
+  }
+  in.file = opened->handle;
   Handle out;
-  out.file = CreateFile(targetPath, kGenericWrite, 0, failIfExists ? kCreateNew : kCreateAlways,
-                        kFileFlagSequentialScan);
-  if (!out.file.IsOpen()) return false;
+  const Result<OpenedFile> created =
+      OpenFile(targetPath, kGenericWrite, 0, failIfExists ? kCreateNew : kCreateAlways,
+               kFileFlagSequentialScan);
+  if (!created) {
+    SetLastError(created.Error());
+    return false;
+  }
+  out.file = created->handle;
   (void)::chmod(target.c_str(), sst.st_mode & 07777);
   auto abandon = [&](bool removeTarget) {
     if (removeTarget) {
       const std::uint32_t error = GetLastError();
-      CloseHandle(out.file);
+      (void)CloseFile(out.file);
       out.file = FileHandle();
       ::unlink(target.c_str());
       SetLastError(error);
@@ -435,20 +447,23 @@ bool CopyNative(const std::string& source, const std::string& target, CopyProgre
       SetLastError(kErrorRequestAborted);
       return abandon(true);
     }
-    std::uint32_t got = 0;
-    if (!ReadFile(in.file, buffer.data(), static_cast<std::uint32_t>(buffer.size()), &got)) {
+    const Result<std::uint32_t> got =
+        ReadAt(in.file, done, buffer.data(), static_cast<std::uint32_t>(buffer.size()));
+    if (!got) {
+      SetLastError(got.Error());
       return abandon(true);
     }
-    if (got == 0) break;
-    std::uint32_t written = 0;
-    if (!WriteFile(out.file, buffer.data(), got, &written) || written != got) {
-      if (GetLastError() == 0) SetLastError(kErrorWriteFault);
+    if (*got == 0) break;
+    const Result<std::uint32_t> written = WriteAt(out.file, done, buffer.data(), *got);
+    if (!written || *written != *got) {
+      SetLastError(written ? kErrorWriteFault : written.Error());
       return abandon(true);
     }
-    done += got;
+    done += *got;
     if (!ask(0)) return false;
   }
-  if (!CloseHandle(out.file)) {
+  if (const Status closed = CloseFile(out.file); !closed) {
+    SetLastError(closed.Error());
     out.file = FileHandle();
     return abandon(true);
   }

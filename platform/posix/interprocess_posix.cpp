@@ -1,5 +1,5 @@
 // POSIX backend of the OS layer: lock files, file versions, process liveness.
-// Only code that works on every POSIX system the library supports belongs here.
+// Needs flock(2) and POSIX.1-2008 stat times (st_mtim, st_ctim): no Linux-only call.
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/file.h>
@@ -17,56 +17,45 @@ namespace tovimpl::platform {
 
 namespace {
 
-// File handles hold descriptor + 1 (platform/file.h).
-int DescriptorOf(FileHandle file) {
-  if (!file.IsOpen()) {
-    SetLastError(kErrorInvalidHandle);
-    return -1;
-  }
-  return static_cast<int>(file.Bits() - 1);
-}
+// File handles hold descriptor + 1 (platform/file.h); -1 for null and invalid ones.
+int DescriptorOf(FileHandle file) { return file.IsOpen() ? static_cast<int>(file.Bits() - 1) : -1; }
 
 std::uint64_t Nanoseconds(const struct timespec& time) {
   return static_cast<std::uint64_t>(time.tv_sec) * 1000000000u +
          static_cast<std::uint64_t>(time.tv_nsec);
 }
 
-bool Flock(FileHandle lockFile, int operation) {
+Status Flock(FileHandle lockFile, int operation) {
   const int fd = DescriptorOf(lockFile);
-  if (fd < 0) return false;
+  if (fd < 0) return Status::Failure(kErrorInvalidHandle);
   while (::flock(fd, operation) != 0) {
     if (errno == EINTR) continue;
-    posix::SetLastErrorFromErrno(errno);
-    return false;
+    return Status::Failure(posix::MapErrno(errno));
   }
-  return true;
+  return Status::Ok();
 }
 
 }  // namespace
 
-FileHandle OpenLockFile(const UTF16String& path) {
+Result<FileHandle> OpenLockFile(const UTF16String& path) {
   const std::string native = posix::NativePath(path);
   int fd = -1;
   do {
     fd = ::open(native.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
   } while (fd < 0 && errno == EINTR);
-  if (fd < 0) {
-    posix::SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, native);
-    return FileHandle::Invalid();
-  }
+  if (fd < 0) return Status::Failure(posix::MapErrno(errno, ExistsAs::kAlreadyExists, native));
   return FileHandle::FromBits(static_cast<std::intptr_t>(fd) + 1);
 }
 
-bool LockFileExclusive(FileHandle lockFile) { return Flock(lockFile, LOCK_EX); }
+Status TakeExclusiveLock(FileHandle lockFile) { return Flock(lockFile, LOCK_EX); }
 
-bool UnlockFile(FileHandle lockFile) { return Flock(lockFile, LOCK_UN); }
+Status ReleaseLock(FileHandle lockFile) { return Flock(lockFile, LOCK_UN); }
 
-bool GetFileVersion(const UTF16String& path, FileVersion* version) {
+Status GetFileVersion(const UTF16String& path, FileVersion* version) {
   const std::string native = posix::NativePath(path);
   struct stat info {};
   if (::stat(native.c_str(), &info) != 0) {
-    posix::SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, native);
-    return false;
+    return Status::Failure(posix::MapErrno(errno, ExistsAs::kAlreadyExists, native));
   }
   version->volume = static_cast<std::uint64_t>(info.st_dev);
   version->fileId = static_cast<std::uint64_t>(info.st_ino);
@@ -74,7 +63,7 @@ bool GetFileVersion(const UTF16String& path, FileVersion* version) {
   version->writeTime = Nanoseconds(info.st_mtim);
   version->changeTime = Nanoseconds(info.st_ctim);
   version->isFolder = S_ISDIR(info.st_mode);
-  return true;
+  return Status::Ok();
 }
 
 bool IsProcessRunning(std::uint32_t processId) {

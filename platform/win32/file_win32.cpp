@@ -1,5 +1,5 @@
 // Win32 backend of the OS layer: files opened by handle.
-// Only code that works on every supported Windows version belongs here.
+// Needs CreateFileW, positioned ReadFile/WriteFile, SetFileInformationByHandle: Vista and later.
 #include <atomic>
 #include <cstdint>
 
@@ -18,177 +18,127 @@ FileHandle Wrap(HANDLE handle) {
   return FileHandle::FromBits(reinterpret_cast<std::intptr_t>(handle));
 }
 
-// Null and invalid handles fail as the system fails them, without asking it.
-bool Usable(FileHandle file) {
-  if (file.IsOpen()) return true;
-  ::SetLastError(ERROR_INVALID_HANDLE);
-  return false;
+// The long-path form of a path: "\\?\" is put in front, "\\server\share"
+// becomes "\\?\UNC\server\share", a path that already has the prefix stays.
+UTF16String LongPathForm(UTF16StringView path) {
+  static constexpr unsigned short kPrefix[] = {'\\', '\\', '?', '\\'};
+  const UTF16StringView prefix(kPrefix, 4);
+  if (path.substr(0, 4) == prefix) return UTF16String(path);
+  UTF16String out(prefix);
+  if (path.size() >= 2 && path[0] == '\\' && path[1] == '\\') {
+    static constexpr unsigned short kUnc[] = {'U', 'N', 'C'};
+    out.append(kUnc, 3);
+    out.append(path.substr(1));
+  } else {
+    out.append(path);
+  }
+  return out;
 }
+
+// An OVERLAPPED that names a position of a synchronous handle.
+OVERLAPPED At(std::uint64_t position) {
+  OVERLAPPED at{};
+  at.Offset = static_cast<DWORD>(position);
+  at.OffsetHigh = static_cast<DWORD>(position >> 32);
+  return at;
+}
+
+std::atomic<WriteFault> gWriteFault{nullptr};
 
 }  // namespace
 
-FileHandle CreateFile(UTF16StringView libraryPath, std::uint32_t desiredAccess,
-                      std::uint32_t shareMode, std::uint32_t creationDisposition,
-                      std::uint32_t flagsAndAttributes) {
+Result<OpenedFile> OpenFile(UTF16StringView libraryPath, std::uint32_t access, std::uint32_t share,
+                            std::uint32_t disposition, std::uint32_t hints) {
   // Truncating needs write access: refused before the system is asked, as
   // the call's contract says.
-  if (creationDisposition == TRUNCATE_EXISTING && (desiredAccess & GENERIC_WRITE) == 0) {
-    ::SetLastError(ERROR_INVALID_PARAMETER);
-    return FileHandle::Invalid();
+  if (disposition == TRUNCATE_EXISTING && (access & GENERIC_WRITE) == 0) {
+    return Status::Failure(kErrorInvalidParameter);
   }
-  const std::wstring path = win32::WidePath(libraryPath);
+  const std::wstring path = win32::WidePath(
+      (hints & kOpenLongPath) != 0 ? UTF16StringView(LongPathForm(libraryPath)) : libraryPath);
   // Handles are not inherited by programs the process starts (no security
   // attributes: bInheritHandle false).
-  const HANDLE handle = ::CreateFileW(path.c_str(), desiredAccess, shareMode, nullptr,
-                                      creationDisposition, flagsAndAttributes, nullptr);
-  if (handle == INVALID_HANDLE_VALUE) {
-    win32::KeepFailureCode();
-    return FileHandle::Invalid();
+  const HANDLE handle = ::CreateFileW(path.c_str(), access, share, nullptr, disposition,
+                                      hints & ~kOpenLongPath, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) return Status::Failure(win32::LastErrorOr());
+  const bool existed = disposition == OPEN_EXISTING || disposition == TRUNCATE_EXISTING ||
+                       ((disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS) &&
+                        ::GetLastError() == ERROR_ALREADY_EXISTS);
+  OpenedFile opened;
+  opened.handle = Wrap(handle);
+  opened.existed = existed;
+  BY_HANDLE_FILE_INFORMATION info{};
+  if (::GetFileInformationByHandle(handle, &info)) {
+    opened.isFolder = (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    if (!opened.isFolder) {
+      opened.size = (static_cast<std::uint64_t>(info.nFileSizeHigh) << 32) | info.nFileSizeLow;
+    }
   }
-  return Wrap(handle);
+  return opened;
 }
 
-bool ReadFile(FileHandle file, void* buffer, std::uint32_t count, std::uint32_t* bytesRead) {
-  if (bytesRead != nullptr) *bytesRead = 0;
-  if (!Usable(file)) return false;
+Result<std::uint32_t> ReadAt(FileHandle file, std::uint64_t position, void* buffer,
+                             std::uint32_t count) {
+  if (!file.IsOpen()) return Status::Failure(kErrorInvalidHandle);
+  OVERLAPPED at = At(position);
   DWORD got = 0;
-  if (!::ReadFile(Native(file), buffer, count, &got, nullptr)) {
-    win32::KeepFailureCode(kErrorReadFault);
-    return false;
+  if (!::ReadFile(Native(file), buffer, count, &got, &at)) {
+    // Reading at or past the end reports ERROR_HANDLE_EOF with a position given.
+    if (::GetLastError() == ERROR_HANDLE_EOF) return std::uint32_t{0};
+    return Status::Failure(win32::LastErrorOr(kErrorReadFault));
   }
-  if (bytesRead != nullptr) *bytesRead = got;
-  return true;
+  return static_cast<std::uint32_t>(got);
 }
-
-namespace {
-std::atomic<WriteFault> gWriteFault{nullptr};
-}  // namespace
 
 void SetWriteFaultForTesting(WriteFault fault) { gWriteFault.store(fault); }
 
-bool WriteFile(FileHandle file, const void* buffer, std::uint32_t count,
-               std::uint32_t* bytesWritten) {
-  if (bytesWritten != nullptr) *bytesWritten = 0;
-  if (!Usable(file)) return false;
+Result<std::uint32_t> WriteAt(FileHandle file, std::uint64_t position, const void* buffer,
+                              std::uint32_t count) {
+  if (!file.IsOpen()) return Status::Failure(kErrorInvalidHandle);
   if (const WriteFault fault = gWriteFault.load(std::memory_order_relaxed)) {
-    if (const std::uint32_t error = fault(file, count)) {
-      ::SetLastError(error);
-      return false;
-    }
+    if (const std::uint32_t error = fault(file, count)) return Status::Failure(error);
   }
+  OVERLAPPED at = At(position);
   DWORD put = 0;
-  if (!::WriteFile(Native(file), buffer, count, &put, nullptr)) {
-    win32::KeepFailureCode(kErrorWriteFault);
-    return false;
+  if (!::WriteFile(Native(file), buffer, count, &put, &at)) {
+    return Status::Failure(win32::LastErrorOr(kErrorWriteFault));
   }
-  if (bytesWritten != nullptr) *bytesWritten = put;
-  return true;
+  return static_cast<std::uint32_t>(put);
 }
 
-std::uint32_t SetFilePointer(FileHandle file, std::int32_t distance, std::int32_t* distanceHigh,
-                             std::uint32_t moveMethod) {
-  if (!Usable(file)) return kInvalidSetFilePointer;
-  if (distanceHigh == nullptr) {
-    // Without a high part the new position must fit in 32 bits; otherwise the
-    // call fails and the file pointer stays where it was.
-    LARGE_INTEGER zero{};
-    LARGE_INTEGER before{};
-    LARGE_INTEGER after{};
-    LARGE_INTEGER move{};
-    move.QuadPart = distance;
-    if (!::SetFilePointerEx(Native(file), zero, &before, FILE_CURRENT) ||
-        !::SetFilePointerEx(Native(file), move, &after, moveMethod)) {
-      win32::KeepFailureCode();
-      return kInvalidSetFilePointer;
-    }
-    if (after.QuadPart > 0xFFFFFFFFll) {
-      ::SetFilePointerEx(Native(file), before, nullptr, FILE_BEGIN);
-      ::SetLastError(ERROR_INVALID_PARAMETER);
-      return kInvalidSetFilePointer;
-    }
-    ::SetLastError(0);
-    return static_cast<std::uint32_t>(after.QuadPart);
-  }
-  LONG high = distanceHigh != nullptr ? static_cast<LONG>(*distanceHigh) : 0;
-  // The call answers 0xFFFFFFFF both for failure and for a low part of
-  // 0xFFFFFFFF; the last error tells them apart, so it starts at 0.
-  ::SetLastError(0);
-  const DWORD low = ::SetFilePointer(Native(file), static_cast<LONG>(distance),
-                                     distanceHigh != nullptr ? &high : nullptr, moveMethod);
-  if (low == INVALID_SET_FILE_POINTER && ::GetLastError() != 0) return kInvalidSetFilePointer;
-  if (distanceHigh != nullptr) *distanceHigh = static_cast<std::int32_t>(high);
-  return static_cast<std::uint32_t>(low);
-}
-
-bool SetFilePointerEx(FileHandle file, std::int64_t distance, std::int64_t* newPosition,
-                      std::uint32_t moveMethod) {
-  if (!Usable(file)) return false;
-  LARGE_INTEGER move{};
-  move.QuadPart = distance;
-  LARGE_INTEGER position{};
-  if (!::SetFilePointerEx(Native(file), move, &position, moveMethod)) {
-    win32::KeepFailureCode();
-    return false;
-  }
-  if (newPosition != nullptr) *newPosition = position.QuadPart;
-  return true;
-}
-
-bool SetEndOfFile(FileHandle file) {
-  if (!Usable(file)) return false;
-  if (!::SetEndOfFile(Native(file))) {
-    win32::KeepFailureCode();
-    return false;
-  }
-  return true;
-}
-
-std::uint32_t GetFileSize(FileHandle file, std::uint32_t* sizeHigh) {
-  if (!Usable(file)) return kInvalidFileSize;
-  DWORD high = 0;
-  ::SetLastError(0);
-  const DWORD low = ::GetFileSize(Native(file), &high);
-  if (low == INVALID_FILE_SIZE && ::GetLastError() != 0) return kInvalidFileSize;
-  if (sizeHigh != nullptr) *sizeHigh = high;
-  return static_cast<std::uint32_t>(low);
-}
-
-bool GetFileSizeEx(FileHandle file, std::int64_t* size) {
-  if (!Usable(file)) return false;
+Result<std::uint64_t> FileSize(FileHandle file) {
+  if (!file.IsOpen()) return Status::Failure(kErrorInvalidHandle);
   LARGE_INTEGER value{};
-  if (!::GetFileSizeEx(Native(file), &value)) {
-    win32::KeepFailureCode();
-    return false;
-  }
-  if (size != nullptr) *size = value.QuadPart;
-  return true;
+  if (!::GetFileSizeEx(Native(file), &value)) return Status::Failure(win32::LastErrorOr());
+  return static_cast<std::uint64_t>(value.QuadPart);
 }
 
-bool FlushFileBuffers(FileHandle file) {
-  if (!Usable(file)) return false;
-  if (!::FlushFileBuffers(Native(file))) {
-    win32::KeepFailureCode();
-    return false;
+Status SetFileSize(FileHandle file, std::uint64_t size) {
+  if (!file.IsOpen()) return Status::Failure(kErrorInvalidHandle);
+  FILE_END_OF_FILE_INFO end{};
+  end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
+  if (!::SetFileInformationByHandle(Native(file), FileEndOfFileInfo, &end, sizeof end)) {
+    return Status::Failure(win32::LastErrorOr());
   }
-  return true;
+  return Status::Ok();
 }
 
-bool CloseHandle(FileHandle file) {
-  if (!Usable(file)) return false;
-  if (!::CloseHandle(Native(file))) {
-    win32::KeepFailureCode(kErrorInvalidHandle);
-    return false;
-  }
-  return true;
+Status FlushFile(FileHandle file) {
+  if (!file.IsOpen()) return Status::Failure(kErrorInvalidHandle);
+  if (!::FlushFileBuffers(Native(file))) return Status::Failure(win32::LastErrorOr());
+  return Status::Ok();
 }
 
-bool DeleteFile(UTF16StringView libraryPath) {
+Status CloseFile(FileHandle file) {
+  if (!file.IsOpen()) return Status::Failure(kErrorInvalidHandle);
+  if (!::CloseHandle(Native(file))) return Status::Failure(win32::LastErrorOr(kErrorInvalidHandle));
+  return Status::Ok();
+}
+
+Status RemoveFile(UTF16StringView libraryPath) {
   const std::wstring path = win32::WidePath(libraryPath);
-  if (!::DeleteFileW(path.c_str())) {
-    win32::KeepFailureCode();
-    return false;
-  }
-  return true;
+  if (!::DeleteFileW(path.c_str())) return Status::Failure(win32::LastErrorOr());
+  return Status::Ok();
 }
 
 }  // namespace tovimpl::platform

@@ -3,9 +3,10 @@
 //
 // The backend's files include the system's headers only through this one: it
 // brings in <windows.h> and the shell and COM headers, then removes the A/W
-// macros whose names the OS layer uses for its own functions (CreateFile,
-// FindFirstFile, …), so that tovimpl::platform::CreateFile keeps its name in the
-// backend as in the portable code, whichever order the includes come in.
+// macros whose names the OS layer uses for its own functions (FindFirstFile,
+// …), so that tovimpl::platform::FindFirstFile keeps its name in the backend as
+// in the portable code, whichever order the includes come in. The file calls
+// (platform/file.h) have names no SDK macro takes.
 #pragma once
 
 #ifndef NOMINMAX
@@ -22,8 +23,6 @@
 
 #undef CopyFileEx
 #undef CreateEvent
-#undef CreateFile
-#undef DeleteFile
 #undef EnumResourceNames
 #undef FindFirstFile
 #undef FindNextFile
@@ -38,7 +37,6 @@
 #undef GetTimeFormat
 #undef LoadLibraryEx
 #undef MoveFile
-#undef MoveFileEx
 #undef SetCurrentDirectory
 #undef SHCreateDirectoryEx
 #undef SHFileOperation

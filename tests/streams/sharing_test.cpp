@@ -130,11 +130,10 @@ TEST_F(SharingTest, AttributeOnlyOpensTakeNoLock) {
   auto writer = CPort::FilePort(dir.Library("f.bin").c_str(), Halyard::kAccessReadWrite);
   ASSERT_TRUE(writer);
   namespace platform = tovimpl::platform;
-  platform::FileHandle probe =
-      platform::CreateFile(dir.Library("f.bin"), 0, 0, platform::kOpenExisting, 0);
-  ASSERT_TRUE(probe.IsOpen());
-  std::uint32_t high = 7;
-  EXPECT_EQ(platform::GetFileSize(probe, &high), 3u);
-  EXPECT_EQ(high, 0u);
-  EXPECT_TRUE(platform::CloseHandle(probe));
+  const platform::Result<platform::OpenedFile> probe =
+      platform::OpenFile(dir.Library("f.bin"), 0, 0, platform::kOpenExisting, 0);
+  ASSERT_TRUE(probe);
+  EXPECT_EQ(probe->size, 3u);
+  EXPECT_EQ(platform::FileSize(probe->handle).ValueOr(7), 3u);
+  EXPECT_TRUE(platform::CloseFile(probe->handle));
 }

@@ -9,53 +9,59 @@
 #include <thread>
 
 #include "basalt/proplist.h"
-#include "foundation_support.h"
 #include "platform/error.h"
 #include "platform/file.h"
 #include "platform/file_replace.h"
+#include "platform/platform_support.h"
 #include "platform/system.h"
 
 namespace {
 
 using namespace basalt::literals;
 namespace platform = tovimpl::platform;
-using foundation_test::TempFolder;
+using platform_test::TempFolder;
 
 TEST(LockFile, SecondHandleWaitsUntilTheFirstUnlocks) {
   TempFolder temp;
   const UTF16String path = temp.Lib("list.lock");
-  const platform::FileHandle first = platform::OpenLockFile(path);
-  const platform::FileHandle second = platform::OpenLockFile(path);
-  ASSERT_TRUE(first.IsOpen());
-  ASSERT_TRUE(second.IsOpen());
-  EXPECT_TRUE(foundation_test::Exists(temp.NativeOf("list.lock")));
-  ASSERT_TRUE(platform::LockFileExclusive(first));
+  const platform::Result<platform::FileHandle> opened = platform::OpenLockFile(path);
+  const platform::Result<platform::FileHandle> openedAgain = platform::OpenLockFile(path);
+  ASSERT_TRUE(opened);
+  ASSERT_TRUE(openedAgain);
+  const platform::FileHandle first = *opened;
+  const platform::FileHandle second = *openedAgain;
+  EXPECT_TRUE(first.IsOpen());
+  EXPECT_TRUE(second.IsOpen());
+  EXPECT_TRUE(platform_test::Exists(temp.NativeOf("list.lock")));
+  ASSERT_TRUE(platform::TakeExclusiveLock(first));
   std::atomic<bool> entered{false};
   std::thread other([&] {
-    EXPECT_TRUE(platform::LockFileExclusive(second));
+    EXPECT_TRUE(platform::TakeExclusiveLock(second));
     entered = true;
-    EXPECT_TRUE(platform::UnlockFile(second));
+    EXPECT_TRUE(platform::ReleaseLock(second));
   });
   std::this_thread::sleep_for(std::chrono::milliseconds(100));
   EXPECT_FALSE(entered.load());
-  EXPECT_TRUE(platform::UnlockFile(first));
+  EXPECT_TRUE(platform::ReleaseLock(first));
   other.join();
   EXPECT_TRUE(entered.load());
-  EXPECT_TRUE(platform::CloseHandle(first));
-  EXPECT_TRUE(platform::CloseHandle(second));
+  EXPECT_TRUE(platform::CloseFile(first));
+  EXPECT_TRUE(platform::CloseFile(second));
 }
 
 TEST(LockFile, BadHandleFailsWithInvalidHandle) {
-  EXPECT_FALSE(platform::LockFileExclusive(platform::FileHandle()));
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorInvalidHandle);
-  EXPECT_FALSE(platform::UnlockFile(platform::FileHandle::Invalid()));
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorInvalidHandle);
+  EXPECT_EQ(platform::TakeExclusiveLock(platform::FileHandle()).Error(),
+            platform::kErrorInvalidHandle);
+  EXPECT_EQ(platform::ReleaseLock(platform::FileHandle::Invalid()).Error(),
+            platform::kErrorInvalidHandle);
 }
 
 TEST(LockFile, LockFileInMissingFolderCannotBeOpened) {
   TempFolder temp;
-  EXPECT_TRUE(platform::OpenLockFile(temp.Lib("missing\\x.lock")).IsInvalid());
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorPathNotFound);
+  const platform::Result<platform::FileHandle> opened =
+      platform::OpenLockFile(temp.Lib("missing\\x.lock"));
+  EXPECT_FALSE(opened);
+  EXPECT_EQ(opened.Error(), platform::kErrorPathNotFound);
 }
 
 TEST(FileVersionTest, SameUntilTheFileIsReplaced) {
@@ -82,8 +88,8 @@ TEST(FileVersionTest, SameUntilTheFileIsReplaced) {
 TEST(FileVersionTest, MissingFileFailsWithFileNotFound) {
   TempFolder temp;
   platform::FileVersion version{};
-  EXPECT_FALSE(platform::GetFileVersion(temp.Lib("none.xml"), &version));
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorFileNotFound);
+  EXPECT_EQ(platform::GetFileVersion(temp.Lib("none.xml"), &version).Error(),
+            platform::kErrorFileNotFound);
 }
 
 TEST(ProcessRunning, ThisProcessRunsAndNumberZeroDoesNot) {
