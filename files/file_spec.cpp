@@ -161,16 +161,16 @@ bool CFileSpec::Exists() {
 }
 
 std::uint32_t CFileSpec::GetCreationTime(VDateTime* out) {
-  platform::FileAttributeData data{};
-  if (!platform::GetFileAttributesEx(mFullPath, &data)) return kAttributesUnreadable;
-  FileTimeToDateTime(data.creationTime, out);
+  const platform::Result<platform::FileInfo> info = platform::ReadFileInfo(mFullPath);
+  if (!info) return kAttributesUnreadable;
+  FileTimeToDateTime(info->creationTime, out);
   return 0;
 }
 
 std::uint32_t CFileSpec::GetModificationTime(VDateTime* out) {
-  platform::FileAttributeData data{};
-  if (!platform::GetFileAttributesEx(mFullPath, &data)) return kAttributesUnreadable;
-  FileTimeToDateTime(data.lastWriteTime, out);
+  const platform::Result<platform::FileInfo> info = platform::ReadFileInfo(mFullPath);
+  if (!info) return kAttributesUnreadable;
+  FileTimeToDateTime(info->lastWriteTime, out);
   return 0;
 }
 
@@ -261,9 +261,11 @@ std::uint32_t CheckReEncodeDiskSpaceRemaining(const unsigned short* sourceFile,
   if (!source.IsOpen()) return TOV::kErrWriteFailed;
   std::uint32_t status = TOV::kErrWriteFailed;
   std::int64_t size = 0;
-  std::uint64_t available = 0;
-  if (platform::GetFileSizeEx(source, &size) && platform::GetDiskFreeSpaceEx(folder, &available)) {
-    if (static_cast<double>(available) > static_cast<double>(size) * 1.25) status = 0;
+  if (platform::GetFileSizeEx(source, &size)) {
+    const platform::Result<std::uint64_t> available = platform::FreeSpace(folder);
+    if (available && static_cast<double>(*available) > static_cast<double>(size) * 1.25) {
+      status = 0;
+    }
   }
   platform::CloseHandle(source);
   return status;

@@ -1,6 +1,7 @@
 // OS layer: text in the system's encodings, and the system's error messages.
 //
-// Three services, each shaped like the Windows call it stands for:
+// The narrow text of the OS boundary, and three services shaped like the
+// Windows calls they stand for:
 // - MultiByteToWideChar: the system code page ⇒ UTF-16;
 // - MultiByteToUTF16 / UTF16ToMultiByte / MaxMultiByteLength: the C runtime's
 //   mbstowcs / wcstombs / MB_CUR_MAX with UTF-16 on the wide side, in the
@@ -11,10 +12,21 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 #include "basalt/strings.h"
 
 namespace tovimpl::platform {
+
+// Narrow (`char`) paths, module names and listed names as the system's narrow
+// calls take and give them, to and from UTF-16. Windows: the ANSI code page
+// (CP_ACP, as PathFileExistsA, LoadLibraryExA and FindFirstFileA read it);
+// a character the code page lacks becomes that code page's default character
+// ('?'). POSIX: UTF-8; ill-formed bytes become U+FFFD. Every narrow entry
+// point that stands for a narrow system call converts through these two, once.
+UTF16String NarrowToUTF16(std::string_view text);
+std::string UTF16ToNarrow(UTF16StringView text);
 
 // Windows error codes only these services report.
 inline constexpr std::uint32_t kErrorInvalidFlags = 1004;

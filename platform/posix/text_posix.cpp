@@ -16,6 +16,10 @@
 
 namespace tovimpl::platform {
 
+UTF16String NarrowToUTF16(std::string_view text) { return basalt::UTF8to16(text); }
+
+std::string UTF16ToNarrow(UTF16StringView text) { return basalt::UTF16to8(text); }
+
 namespace {
 
 // True when the thread's LC_CTYPE codeset is plain ASCII, as in the "C" and

@@ -3,9 +3,10 @@
 //
 // The backend's files include the system's headers only through this one: it
 // brings in <windows.h> and the shell and COM headers, then removes the A/W
-// macros whose names the OS layer uses for its own functions (CreateFile,
-// FindFirstFile, …), so that tovimpl::platform::CreateFile keeps its name in the
-// backend as in the portable code, whichever order the includes come in.
+// macros whose names the file calls of the OS layer still use (CreateFile,
+// DeleteFile, MoveFileEx), so that tovimpl::platform::CreateFile keeps its
+// name in the backend as in the portable code, whichever order the includes
+// come in.
 #pragma once
 
 #ifndef NOMINMAX
@@ -20,28 +21,9 @@
 #include <shellapi.h>
 #include <shlobj.h>
 
-#undef CopyFileEx
-#undef CreateEvent
 #undef CreateFile
 #undef DeleteFile
-#undef EnumResourceNames
-#undef FindFirstFile
-#undef FindNextFile
-#undef FindResource
-#undef GetCurrentDirectory
-#undef GetDiskFreeSpaceEx
-#undef GetFileAttributes
-#undef GetFileAttributesEx
-#undef GetModuleFileName
-#undef GetTempFileName
-#undef GetTempPath
-#undef GetTimeFormat
-#undef LoadLibraryEx
-#undef MoveFile
 #undef MoveFileEx
-#undef SetCurrentDirectory
-#undef SHCreateDirectoryEx
-#undef SHFileOperation
 
 #include <cstdint>
 #include <string>

@@ -1,4 +1,4 @@
-// OS layer, file-system calls: results and the Windows error codes they leave.
+// OS layer, file-system calls: results and the Windows error codes they carry.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -19,62 +19,56 @@ TEST(FsLayer, AttributesOfFilesFoldersAndMissingPaths) {
   TempFolder temp;
   files_test::WriteFile(temp.NativeOf("f"), "");
   files_test::WriteFile(temp.NativeOf(".h"), "");
-  EXPECT_EQ(platform::GetFileAttributes(temp.Lib()), platform::kFileAttributeDirectory);
-  EXPECT_EQ(platform::GetFileAttributes(temp.Lib("f")), platform::kFileAttributeNormal);
-  EXPECT_EQ(platform::GetFileAttributes(temp.Lib(".h")), platform::kFileAttributeHidden);
-  EXPECT_EQ(platform::GetFileAttributes(temp.Lib("missing")), platform::kInvalidFileAttributes);
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorFileNotFound);
-  EXPECT_EQ(platform::GetFileAttributes(temp.Lib("missing\\deeper")),
-            platform::kInvalidFileAttributes);
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorPathNotFound);
+  EXPECT_EQ(*platform::ReadAttributes(temp.Lib()), platform::kFileAttributeDirectory);
+  EXPECT_EQ(*platform::ReadAttributes(temp.Lib("f")), platform::kFileAttributeNormal);
+  EXPECT_EQ(*platform::ReadAttributes(temp.Lib(".h")), platform::kFileAttributeHidden);
+  EXPECT_EQ(platform::ReadAttributes(temp.Lib("missing")).Error(), platform::kErrorFileNotFound);
+  EXPECT_EQ(platform::ReadAttributes(temp.Lib("missing\\deeper")).Error(),
+            platform::kErrorPathNotFound);
 }
 
-TEST(FsLayer, AttributeDataCarriesSizeAndTimes) {
+TEST(FsLayer, FileInfoCarriesSizeAndTimes) {
   TempFolder temp;
   files_test::WriteFile(temp.NativeOf("f"), "abc");
-  platform::FileAttributeData data{};
-  ASSERT_TRUE(platform::GetFileAttributesEx(temp.Lib("f"), &data));
-  EXPECT_EQ(data.size, 3u);
-  EXPECT_GT(data.lastWriteTime, 130000000000000000ull);  // after 2012
-  EXPECT_LE(data.creationTime, data.lastWriteTime + 10000000ull);
-  EXPECT_FALSE(platform::GetFileAttributesEx(temp.Lib("missing"), &data));
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorFileNotFound);
+  const platform::Result<platform::FileInfo> info = platform::ReadFileInfo(temp.Lib("f"));
+  ASSERT_TRUE(info);
+  EXPECT_EQ(info->size, 3u);
+  EXPECT_GT(info->lastWriteTime, 130000000000000000ull);  // after 2012
+  EXPECT_LE(info->creationTime, info->lastWriteTime + 10000000ull);
+  EXPECT_EQ(platform::ReadFileInfo(temp.Lib("missing")).Error(), platform::kErrorFileNotFound);
 }
 
-TEST(FsLayer, CreateDirectoryWithParentsCodes) {
+TEST(FsLayer, CreateDirectoriesCodes) {
   TempFolder temp;
-  EXPECT_EQ(platform::CreateDirectoryWithParents(temp.Lib("a\\b\\c")), 0u);
-  EXPECT_EQ(platform::CreateDirectoryWithParents(temp.Lib("a\\b\\c")),
+  EXPECT_EQ(platform::CreateDirectories(temp.Lib("a\\b\\c")).Error(), 0u);
+  EXPECT_EQ(platform::CreateDirectories(temp.Lib("a\\b\\c")).Error(),
             platform::kErrorAlreadyExists);
   files_test::WriteFile(temp.NativeOf("file"), "");
-  EXPECT_EQ(platform::CreateDirectoryWithParents(temp.Lib("file")), platform::kErrorFileExists);
-  EXPECT_EQ(platform::CreateDirectoryWithParents(temp.Lib("file\\x")),
-            platform::kErrorPathNotFound);
-  EXPECT_EQ(platform::CreateDirectoryWithParents(u"rel"_u16), platform::kErrorBadPathname);
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorBadPathname);
+  EXPECT_EQ(platform::CreateDirectories(temp.Lib("file")).Error(), platform::kErrorFileExists);
+  EXPECT_EQ(platform::CreateDirectories(temp.Lib("file\\x")).Error(), platform::kErrorPathNotFound);
+  EXPECT_EQ(platform::CreateDirectories(u"rel"_u16).Error(), platform::kErrorBadPathname);
 }
 
-TEST(FsLayer, EnumerationCodes) {
+TEST(FsLayer, ListingCodes) {
   TempFolder temp;
   files_test::WriteFile(temp.NativeOf("x.txt"), "");
-  platform::FindData data{};
-  EXPECT_EQ(platform::FindFirstFile(temp.Lib("missing\\*"), &data), nullptr);
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorPathNotFound);
-  EXPECT_EQ(platform::FindFirstFile(temp.Lib("*.none"), &data), nullptr);
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorFileNotFound);
-  platform::FindHandle h = platform::FindFirstFile(temp.Lib("*.TXT"), &data);
+  platform::ListingEntry data{};
+  EXPECT_EQ(platform::OpenListing(temp.Lib("missing\\*"), &data).Error(),
+            platform::kErrorPathNotFound);
+  EXPECT_EQ(platform::OpenListing(temp.Lib("*.none"), &data).Error(), platform::kErrorFileNotFound);
+  const platform::ListingHandle h =
+      platform::OpenListing(temp.Lib("*.TXT"), &data).ValueOr(nullptr);
   ASSERT_NE(h, nullptr);
   EXPECT_EQ(U8(data.name), "x.txt");
   EXPECT_EQ(data.attributes, platform::kFileAttributeNormal);
-  EXPECT_FALSE(platform::FindNextFile(h, &data));
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorNoMoreFiles);
-  EXPECT_TRUE(platform::FindClose(h));
+  EXPECT_EQ(platform::NextListingEntry(h, &data).Error(), platform::kErrorNoMoreFiles);
+  platform::CloseListing(h);
 }
 
-TEST(FsLayer, EnumerationIncludesDotEntriesForStar) {
+TEST(FsLayer, ListingIncludesDotEntriesForStar) {
   TempFolder temp;
-  platform::FindData data{};
-  platform::FindHandle h = platform::FindFirstFile(temp.Lib("*"), &data);
+  platform::ListingEntry data{};
+  const platform::ListingHandle h = platform::OpenListing(temp.Lib("*"), &data).ValueOr(nullptr);
   ASSERT_NE(h, nullptr);
   int dots = 0;
   do {
@@ -82,69 +76,78 @@ TEST(FsLayer, EnumerationIncludesDotEntriesForStar) {
       ++dots;
       EXPECT_EQ(data.attributes, platform::kFileAttributeDirectory);
     }
-  } while (platform::FindNextFile(h, &data));
-  platform::FindClose(h);
+  } while (platform::NextListingEntry(h, &data));
+  platform::CloseListing(h);
   EXPECT_EQ(dots, 2);
 }
 
 TEST(FsLayer, CurrentDirectoryRoundTrip) {
   TempFolder temp;
-  const auto saved = platform::GetCurrentDirectory();
-  ASSERT_TRUE(saved.has_value());
-  EXPECT_TRUE(platform::SetCurrentDirectory(temp.Lib()));
-  EXPECT_EQ(platform::GetCurrentDirectory(), temp.Lib());
-  EXPECT_FALSE(platform::SetCurrentDirectory(temp.Lib("missing")));
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorFileNotFound);
-  EXPECT_TRUE(platform::SetCurrentDirectory(*saved));
+  const platform::Result<UTF16String> saved = platform::CurrentDirectory();
+  ASSERT_TRUE(saved);
+  EXPECT_TRUE(platform::ChangeDirectory(temp.Lib()));
+  EXPECT_EQ(*platform::CurrentDirectory(), temp.Lib());
+  EXPECT_EQ(platform::ChangeDirectory(temp.Lib("missing")).Error(), platform::kErrorFileNotFound);
+  EXPECT_TRUE(platform::ChangeDirectory(*saved));
 }
 
-TEST(FsLayer, TempFileNameCodes) {
+TEST(FsLayer, TempFileCodes) {
   TempFolder temp;
-  UTF16String out;
-  EXPECT_EQ(platform::GetTempFileName(temp.Lib("missing"), u"abc"_u16, &out), 0u);
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorDirectory);
-  const std::uint32_t unique = platform::GetTempFileName(temp.Lib(), u"xy"_u16, &out);
-  EXPECT_NE(unique, 0u);
-  EXPECT_LE(unique, 0xFFFFu);
-  EXPECT_EQ(out.substr(0, temp.Lib().size() + 3), temp.Lib() + u"\\xy"_u16);
+  EXPECT_EQ(platform::CreateTempFile(temp.Lib("missing"), u"abc"_u16).Error(),
+            platform::kErrorDirectory);
+  const platform::Result<UTF16String> out = platform::CreateTempFile(temp.Lib(), u"xy"_u16);
+  ASSERT_TRUE(out);
+  EXPECT_EQ(out->substr(0, temp.Lib().size() + 3), temp.Lib() + u"\\xy"_u16);
+  // "xyHHHH.tmp": one to four upper-case hexadecimal digits, not zero.
+  const std::string name = U8(out->substr(temp.Lib().size() + 3));
+  ASSERT_GT(name.size(), 4u);
+  const std::string digits = name.substr(0, name.size() - 4);
+  EXPECT_EQ(name.substr(name.size() - 4), ".tmp");
+  EXPECT_LE(digits.size(), 4u);
+  EXPECT_NE(std::stoul(digits, nullptr, 16), 0u);
 }
 
-TEST(FsLayer, TempFileNameSkipsTakenNumbers) {
+TEST(FsLayer, TempFileSkipsTakenNumbers) {
   TempFolder temp;
-  UTF16String first, second;
-  ASSERT_NE(platform::GetTempFileName(temp.Lib(), u"p"_u16, &first), 0u);
-  ASSERT_NE(platform::GetTempFileName(temp.Lib(), u"p"_u16, &second), 0u);
-  EXPECT_NE(first, second);
+  const platform::Result<UTF16String> first = platform::CreateTempFile(temp.Lib(), u"p"_u16);
+  const platform::Result<UTF16String> second = platform::CreateTempFile(temp.Lib(), u"p"_u16);
+  ASSERT_TRUE(first);
+  ASSERT_TRUE(second);
+  EXPECT_NE(*first, *second);
 }
 
 TEST(FsLayer, CopyFailIfExistsSaysFileExists) {
   TempFolder temp;
   files_test::WriteFile(temp.NativeOf("a"), "a");
   files_test::WriteFile(temp.NativeOf("b"), "b");
-  EXPECT_FALSE(platform::CopyFileEx(temp.Lib("a"), temp.Lib("b"), nullptr, nullptr, nullptr, true));
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorFileExists);
+  EXPECT_EQ(
+      platform::CopyFileContents(temp.Lib("a"), temp.Lib("b"), nullptr, nullptr, nullptr, true)
+          .Error(),
+      platform::kErrorFileExists);
   int cancel = 1;
-  EXPECT_FALSE(
-      platform::CopyFileEx(temp.Lib("a"), temp.Lib("c"), nullptr, nullptr, &cancel, false));
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorRequestAborted);
+  EXPECT_EQ(
+      platform::CopyFileContents(temp.Lib("a"), temp.Lib("c"), nullptr, nullptr, &cancel, false)
+          .Error(),
+      platform::kErrorRequestAborted);
   EXPECT_FALSE(files_test::Exists(temp.NativeOf("c")));
 }
 
 TEST(FsLayer, CopyOfFolderIsAccessDenied) {
   TempFolder temp;
-  EXPECT_FALSE(platform::CopyFileEx(temp.Lib(), temp.Lib("c"), nullptr, nullptr, nullptr, false));
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorAccessDenied);
+  EXPECT_EQ(platform::CopyFileContents(temp.Lib(), temp.Lib("c"), nullptr, nullptr, nullptr, false)
+                .Error(),
+            platform::kErrorAccessDenied);
 }
 
-TEST(FsLayer, TempPathEndsInBackslash) {
+TEST(FsLayer, TempDirectoryEndsInBackslash) {
   files_test::ScopedEnv tmpdir("TMPDIR", "/some/where/");
-  EXPECT_EQ(platform::GetTempPath(), u"\\some\\where\\"_u16);
+  EXPECT_EQ(*platform::TempDirectory(), u"\\some\\where\\"_u16);
   files_test::ScopedEnv empty("TMPDIR", "");
-  EXPECT_EQ(platform::GetTempPath(), u"\\tmp\\"_u16);
+  EXPECT_EQ(*platform::TempDirectory(), u"\\tmp\\"_u16);
 }
 
-TEST(FsLayer, ModuleFileNameIsTheTestExecutable) {
-  const std::string path = U8(platform::GetModuleFileName());
+TEST(FsLayer, ExecutablePathIsTheTestExecutable) {
+  const std::string path = U8(*platform::ExecutablePath());
   EXPECT_EQ(path.substr(path.rfind('\\') + 1), "tovtests_files");
   EXPECT_EQ(path[0], '\\');
 }
@@ -152,5 +155,5 @@ TEST(FsLayer, ModuleFileNameIsTheTestExecutable) {
 TEST(FsLayer, TrashOfMissingItemReportsFileNotFound) {
   TempFolder temp;
   files_test::ScopedEnv xdg("XDG_DATA_HOME", temp.NativeOf("data").c_str());
-  EXPECT_EQ(platform::MoveToTrash(temp.Lib("missing")), platform::kErrorFileNotFound);
+  EXPECT_EQ(platform::MoveToTrash(temp.Lib("missing")).Error(), platform::kErrorFileNotFound);
 }
