@@ -9,7 +9,7 @@
 
 #include "platform/error.h"
 #include "platform/text.h"
-#include "text_test_support.h"
+#include "text/text_test_support.h"
 #include "tovfoundation/text.h"
 
 namespace {
@@ -203,7 +203,8 @@ TEST(PlatformMultiByte, LimitedCountNeverSplitsCharacter) {
 TEST(PlatformMultiByte, FailureSetsLastError) {
   ScopedThreadLocale locale(kUtf8Locale);
   tovimpl::platform::SetLastError(0);
-  EXPECT_EQ(tovimpl::platform::MultiByteToUTF16(nullptr, "\x80", 0), tovimpl::platform::kMultiByteError);
+  EXPECT_EQ(tovimpl::platform::MultiByteToUTF16(nullptr, "\x80", 0),
+            tovimpl::platform::kMultiByteError);
   EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorNoUnicodeTranslation);
 }
 
@@ -248,7 +249,7 @@ TEST(PlatformCodePage, FailuresReportWindowsCodes) {
     tovimpl::platform::SetLastError(0);
     EXPECT_EQ(
         tovimpl::platform::MultiByteToWideChar(row.codePage, row.flags, row.text, row.length,
-                                           row.outCount == 0 ? nullptr : buffer, row.outCount),
+                                               row.outCount == 0 ? nullptr : buffer, row.outCount),
         0);
     EXPECT_EQ(tovimpl::platform::GetLastError(), row.error);
   }

@@ -1,24 +1,54 @@
 // OS layer, file-system calls: results and the Windows error codes they carry.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
+#include <stdlib.h>
 
-#include <filesystem>
+#include <cstdlib>
 #include <string>
 
-#include "files/files_support.h"
 #include "platform/error.h"
 #include "platform/file.h"
 #include "platform/fs.h"
+#include "platform/platform_support.h"
 
 using namespace basalt::literals;
 namespace platform = tovimpl::platform;
-using files_test::TempFolder;
-using files_test::U8;
+using platform_test::TempFolder;
+using platform_test::U8;
+
+namespace {
+
+// Sets an environment variable for the object's lifetime.
+class ScopedEnv {
+ public:
+  ScopedEnv(const char* name, const char* value) : mName(name) {
+    if (const char* old = std::getenv(name)) {
+      mHad = true;
+      mOld = old;
+    }
+    ::setenv(name, value, 1);
+  }
+  ~ScopedEnv() {
+    if (mHad) {
+      ::setenv(mName.c_str(), mOld.c_str(), 1);
+    } else {
+      ::unsetenv(mName.c_str());
+    }
+  }
+  ScopedEnv(const ScopedEnv&) = delete;
+  ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+ private:
+  std::string mName;
+  std::string mOld;
+  bool mHad = false;
+};
+
+}  // namespace
 
 TEST(FsLayer, AttributesOfFilesFoldersAndMissingPaths) {
   TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("f"), "");
-  files_test::WriteFile(temp.NativeOf(".h"), "");
+  platform_test::WriteFile(temp.NativeOf("f"), "");
+  platform_test::WriteFile(temp.NativeOf(".h"), "");
   EXPECT_EQ(*platform::ReadAttributes(temp.Lib()), platform::kFileAttributeDirectory);
   EXPECT_EQ(*platform::ReadAttributes(temp.Lib("f")), platform::kFileAttributeNormal);
   EXPECT_EQ(*platform::ReadAttributes(temp.Lib(".h")), platform::kFileAttributeHidden);
@@ -29,7 +59,7 @@ TEST(FsLayer, AttributesOfFilesFoldersAndMissingPaths) {
 
 TEST(FsLayer, FileInfoCarriesSizeAndTimes) {
   TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("f"), "abc");
+  platform_test::WriteFile(temp.NativeOf("f"), "abc");
   const platform::Result<platform::FileInfo> info = platform::ReadFileInfo(temp.Lib("f"));
   ASSERT_TRUE(info);
   EXPECT_EQ(info->size, 3u);
@@ -43,7 +73,7 @@ TEST(FsLayer, CreateDirectoriesCodes) {
   EXPECT_EQ(platform::CreateDirectories(temp.Lib("a\\b\\c")).Error(), 0u);
   EXPECT_EQ(platform::CreateDirectories(temp.Lib("a\\b\\c")).Error(),
             platform::kErrorAlreadyExists);
-  files_test::WriteFile(temp.NativeOf("file"), "");
+  platform_test::WriteFile(temp.NativeOf("file"), "");
   EXPECT_EQ(platform::CreateDirectories(temp.Lib("file")).Error(), platform::kErrorFileExists);
   EXPECT_EQ(platform::CreateDirectories(temp.Lib("file\\x")).Error(), platform::kErrorPathNotFound);
   EXPECT_EQ(platform::CreateDirectories(u"rel"_u16).Error(), platform::kErrorBadPathname);
@@ -51,7 +81,7 @@ TEST(FsLayer, CreateDirectoriesCodes) {
 
 TEST(FsLayer, ListingCodes) {
   TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("x.txt"), "");
+  platform_test::WriteFile(temp.NativeOf("x.txt"), "");
   platform::ListingEntry data{};
   EXPECT_EQ(platform::OpenListing(temp.Lib("missing\\*"), &data).Error(),
             platform::kErrorPathNotFound);
@@ -118,8 +148,8 @@ TEST(FsLayer, TempFileSkipsTakenNumbers) {
 
 TEST(FsLayer, CopyFailIfExistsSaysFileExists) {
   TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("a"), "a");
-  files_test::WriteFile(temp.NativeOf("b"), "b");
+  platform_test::WriteFile(temp.NativeOf("a"), "a");
+  platform_test::WriteFile(temp.NativeOf("b"), "b");
   EXPECT_EQ(
       platform::CopyFileContents(temp.Lib("a"), temp.Lib("b"), nullptr, nullptr, nullptr, true)
           .Error(),
@@ -129,7 +159,7 @@ TEST(FsLayer, CopyFailIfExistsSaysFileExists) {
       platform::CopyFileContents(temp.Lib("a"), temp.Lib("c"), nullptr, nullptr, &cancel, false)
           .Error(),
       platform::kErrorRequestAborted);
-  EXPECT_FALSE(files_test::Exists(temp.NativeOf("c")));
+  EXPECT_FALSE(platform_test::Exists(temp.NativeOf("c")));
 }
 
 TEST(FsLayer, CopyOfFolderIsAccessDenied) {
@@ -140,20 +170,20 @@ TEST(FsLayer, CopyOfFolderIsAccessDenied) {
 }
 
 TEST(FsLayer, TempDirectoryEndsInBackslash) {
-  files_test::ScopedEnv tmpdir("TMPDIR", "/some/where/");
+  ScopedEnv tmpdir("TMPDIR", "/some/where/");
   EXPECT_EQ(*platform::TempDirectory(), u"\\some\\where\\"_u16);
-  files_test::ScopedEnv empty("TMPDIR", "");
+  ScopedEnv empty("TMPDIR", "");
   EXPECT_EQ(*platform::TempDirectory(), u"\\tmp\\"_u16);
 }
 
 TEST(FsLayer, ExecutablePathIsTheTestExecutable) {
   const std::string path = U8(*platform::ExecutablePath());
-  EXPECT_EQ(path.substr(path.rfind('\\') + 1), "tovtests_files");
+  EXPECT_EQ(path.substr(path.rfind('\\') + 1), "tovtests_platform");
   EXPECT_EQ(path[0], '\\');
 }
 
 TEST(FsLayer, TrashOfMissingItemReportsFileNotFound) {
   TempFolder temp;
-  files_test::ScopedEnv xdg("XDG_DATA_HOME", temp.NativeOf("data").c_str());
+  ScopedEnv xdg("XDG_DATA_HOME", temp.NativeOf("data").c_str());
   EXPECT_EQ(platform::MoveToTrash(temp.Lib("missing")).Error(), platform::kErrorFileNotFound);
 }
