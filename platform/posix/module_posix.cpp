@@ -1,5 +1,5 @@
 // POSIX backend of the OS layer: loadable modules and their resources.
-// Only code that works on every POSIX system the library supports belongs here.
+// Needs Linux and glibc: <elf.h>, dlinfo(RTLD_DI_LINKMAP) and /proc/self/exe.
 #include <dlfcn.h>
 #include <elf.h>
 #include <fcntl.h>

@@ -1,7 +1,5 @@
 // POSIX backend of the OS layer: event objects, the process-wide barrier.
-// Only code that works on every POSIX system the library supports belongs here;
-// the barrier is Linux's membarrier(2), guarded, and reported unavailable
-// elsewhere.
+// Events are plain POSIX; the barrier is Linux's membarrier(2), reported unavailable elsewhere.
 #if defined(__has_include)
 #if __has_include(<linux/membarrier.h>)
 #include <linux/membarrier.h>

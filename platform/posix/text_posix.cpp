@@ -1,5 +1,5 @@
-// POSIX backend of the OS layer: system code page, C-runtime multibyte text, error messages.
-// Only code that works on every POSIX system belongs here.
+// POSIX backend of the OS layer: narrow text, C-runtime multibyte text, error messages.
+// Needs POSIX.1-2008 thread locales (newlocale, uselocale, nl_langinfo).
 #include <langinfo.h>
 #include <locale.h>
 
