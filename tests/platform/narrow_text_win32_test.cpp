@@ -57,12 +57,16 @@ class AnsiFolder : public ::testing::Test {
               (L"tovplatform-narrow-" + std::to_wstring(::GetCurrentProcessId()) + L"-" +
                std::to_wstring(::GetTickCount()));
     ASSERT_TRUE(fs::create_directories(mFolder, error)) << error.message();
-    if (!ToAnsi(mFolder.wstring(), &mAnsi)) GTEST_SKIP() << "temporary folder not in the code page";
+    if (!ToAnsi(mFolder.wstring(), &mAnsi)) {
+      GTEST_SKIP() << "temporary folder not in the code page";
+    }
     // "ü" (U+00FC) is 0xFC in code page 1252; other code pages may lack it.
     if (!ToAnsi(L"\u00FC", &mUmlaut)) {
       GTEST_SKIP() << "code page " << ::GetACP() << " has no \u00FC";
     }
-    if (::GetACP() == 1252) ASSERT_EQ(mUmlaut, "\xFC");
+    if (::GetACP() == 1252) {
+      ASSERT_EQ(mUmlaut, "\xFC");
+    }
   }
   void TearDown() override {
     std::error_code error;
@@ -131,8 +135,12 @@ TEST_F(AnsiFolder, NarrowListingGivesAnsiNames) {
 
 TEST_F(AnsiFolder, LoadLibraryTakesAnAnsiModuleName) {
   std::string accent;
-  if (!ToAnsi(L"\u00E9", &accent)) GTEST_SKIP() << "code page " << ::GetACP() << " has no \u00E9";
-  if (::GetACP() == 1252) ASSERT_EQ(accent, "\xE9");
+  if (!ToAnsi(L"\u00E9", &accent)) {
+    GTEST_SKIP() << "code page " << ::GetACP() << " has no \u00E9";
+  }
+  if (::GetACP() == 1252) {
+    ASSERT_EQ(accent, "\xE9");
+  }
   std::error_code error;
   ASSERT_TRUE(fs::copy_file(fs::path(TOV_TEST_PLUGIN), mFolder / L"m\u00E9dia.dll", error))
       << error.message();
