@@ -51,7 +51,7 @@ bool ToAnsi(const std::wstring& text, std::string* out) {
 class AnsiFolder : public ::testing::Test {
  protected:
   void SetUp() override {
-    RecordProperty("ANSI code page", static_cast<int>(::GetACP()));
+    RecordProperty("AnsiCodePage", static_cast<int>(::GetACP()));
     std::error_code error;
     mFolder = fs::temp_directory_path(error) /
               (L"tovplatform-narrow-" + std::to_wstring(::GetCurrentProcessId()) + L"-" +
