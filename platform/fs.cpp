@@ -1,10 +1,11 @@
 // OS layer, shared by both backends: the file-name pattern matcher of the
 // folder listing, with the file system's own rules, and the free-space test
 // seam in front of the backends' SystemFreeSpace.
+#include "platform/fs.h"
+
 #include <cstddef>
 #include <cstdint>
 
-#include "platform/fs.h"
 #include "platform/fs_backend.h"
 
 namespace tovimpl::platform {
