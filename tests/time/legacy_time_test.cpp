@@ -11,8 +11,6 @@
 #include <string>
 
 #include "basalt/utf.h"
-#include "platform/clock.h"
-#include "platform/error.h"
 #include "tovfoundation/time.h"
 
 namespace {
@@ -181,15 +179,6 @@ TEST(LegacyTime, TimeStringIsLocalTimeWhileSystemTimeIsUtc) {
     return;
   }
   FAIL() << "the clock never stood still for one second";
-}
-
-TEST(ClockLayer, TimeOfDayTextIsHoursMinutesSecondsInTheCLocale) {
-  const ScopedEnv lcAll("LC_ALL", "C");
-  const tovimpl::platform::Result<UTF16String> text = tovimpl::platform::LocalTimeOfDayText();
-  ASSERT_TRUE(text);
-  ASSERT_EQ(text->size(), 8u);  // "hh:mm:ss", no NUL
-  EXPECT_EQ((*text)[2], u':');
-  EXPECT_EQ((*text)[5], u':');
 }
 
 }  // namespace
