@@ -32,14 +32,6 @@ std::string UTF16ToNarrow(UTF16StringView text) {
   return narrow;
 }
 
-std::int32_t MultiByteToWideChar(std::uint32_t codePage, std::uint32_t flags, const char* text,
-                                 std::int32_t length, unsigned short* out, std::int32_t outCount) {
-  const int units = ::MultiByteToWideChar(static_cast<UINT>(codePage), static_cast<DWORD>(flags),
-                                          text, length, reinterpret_cast<wchar_t*>(out), outCount);
-  if (units == 0) win32::KeepFailureCode(kErrorInvalidParameter);
-  return units;
-}
-
 // The C runtime's wide characters are UTF-16 on Windows, so mbstowcs and
 // wcstombs are the conversions themselves, in the calling thread's locale.
 std::size_t MultiByteToUTF16(char16_t* out, const char* text, std::size_t count) {
