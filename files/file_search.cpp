@@ -23,31 +23,31 @@ bool IsDotEntry(const UTF16String& name) {
 // failure), calls sink(name) for each file entry, restores the directory.
 template <class Sink>
 void SearchFiles(const UTF16String& folder, const UTF16String& pattern, Sink&& sink) {
-  const std::optional<UTF16String> saved = platform::GetCurrentDirectory();
-  platform::SetCurrentDirectory(folder);
-  platform::FindData data{};
-  platform::FindHandle handle = platform::FindFirstFile(pattern, &data);
+  const platform::Result<UTF16String> saved = platform::CurrentDirectory();
+  (void)platform::ChangeDirectory(folder);
+  platform::ListingEntry data{};
+  const platform::ListingHandle handle = platform::OpenListing(pattern, &data).ValueOr(nullptr);
   if (handle != nullptr) {
     do {
       if (IsDotEntry(data.name)) continue;
       if ((data.attributes & platform::kFileAttributeDirectory) != 0) continue;
       if (data.name.empty()) continue;
       sink(data.name);
-    } while (platform::FindNextFile(handle, &data));
+    } while (platform::NextListingEntry(handle, &data));
   }
-  if (saved) platform::SetCurrentDirectory(*saved);
-  if (handle != nullptr) platform::FindClose(handle);
+  if (saved) (void)platform::ChangeDirectory(*saved);
+  platform::CloseListing(handle);
 }
 
 // The packed form's worker. Names are library paths; see the header for the
 // order and for why an interrupted search leaves the directory changed.
 std::uint32_t SearchTree(const UTF16String& folder, const UTF16String& pattern, std::uint32_t flags,
                          std::vector<UTF16String>& names) {
-  const std::optional<UTF16String> saved = platform::GetCurrentDirectory();
-  if (!platform::SetCurrentDirectory(folder)) return TOV::kErrPathNotFound;
+  const platform::Result<UTF16String> saved = platform::CurrentDirectory();
+  if (!platform::ChangeDirectory(folder)) return TOV::kErrPathNotFound;
   std::uint32_t status = 0;
-  platform::FindData data{};
-  platform::FindHandle handle = platform::FindFirstFile(pattern, &data);
+  platform::ListingEntry data{};
+  const platform::ListingHandle handle = platform::OpenListing(pattern, &data).ValueOr(nullptr);
   if (handle != nullptr) {
     do {
       if (IsDotEntry(data.name)) continue;
@@ -57,7 +57,7 @@ std::uint32_t SearchTree(const UTF16String& folder, const UTF16String& pattern, 
         sub += data.name;
         status = SearchTree(sub, pattern, 0, names);
         if (static_cast<std::int32_t>(status) < 0) {
-          platform::FindClose(handle);
+          platform::CloseListing(handle);
           return status;
         }
       } else {
@@ -66,10 +66,10 @@ std::uint32_t SearchTree(const UTF16String& folder, const UTF16String& pattern, 
         entry += data.name;
         names.push_back(std::move(entry));
       }
-    } while (platform::FindNextFile(handle, &data));
+    } while (platform::NextListingEntry(handle, &data));
   }
-  if (saved) platform::SetCurrentDirectory(*saved);
-  if (handle != nullptr) platform::FindClose(handle);
+  if (saved) (void)platform::ChangeDirectory(*saved);
+  platform::CloseListing(handle);
   return status;
 }
 

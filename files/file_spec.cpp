@@ -161,16 +161,16 @@ bool CFileSpec::Exists() {
 }
 
 std::uint32_t CFileSpec::GetCreationTime(VDateTime* out) {
-  platform::FileAttributeData data{};
-  if (!platform::GetFileAttributesEx(mFullPath, &data)) return kAttributesUnreadable;
-  FileTimeToDateTime(data.creationTime, out);
+  const platform::Result<platform::FileInfo> info = platform::ReadFileInfo(mFullPath);
+  if (!info) return kAttributesUnreadable;
+  FileTimeToDateTime(info->creationTime, out);
   return 0;
 }
 
 std::uint32_t CFileSpec::GetModificationTime(VDateTime* out) {
-  platform::FileAttributeData data{};
-  if (!platform::GetFileAttributesEx(mFullPath, &data)) return kAttributesUnreadable;
-  FileTimeToDateTime(data.lastWriteTime, out);
+  const platform::Result<platform::FileInfo> info = platform::ReadFileInfo(mFullPath);
+  if (!info) return kAttributesUnreadable;
+  FileTimeToDateTime(info->lastWriteTime, out);
   return 0;
 }
 
@@ -257,9 +257,9 @@ std::uint32_t CheckReEncodeDiskSpaceRemaining(const unsigned short* sourceFile,
       UTF16String(sourceFile), kFileReadAttributes, 0, platform::kOpenExisting, 0);
   if (!source) return TOV::kErrWriteFailed;
   std::uint32_t status = TOV::kErrWriteFailed;
-  std::uint64_t available = 0;
-  if (platform::GetDiskFreeSpaceEx(folder, &available)) {
-    if (static_cast<double>(available) > static_cast<double>(source->size) * 1.25) status = 0;
+  const platform::Result<std::uint64_t> available = platform::FreeSpace(folder);
+  if (available && static_cast<double>(*available) > static_cast<double>(source->size) * 1.25) {
+    status = 0;
   }
   (void)platform::CloseFile(source->handle);
   return status;

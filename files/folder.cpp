@@ -30,14 +30,14 @@ void EnumerateFolder(const UTF16String& folder, Sink&& sink) {
   tovimpl::files::RemoveBackslash(pattern);
   pattern.push_back('\\');
   pattern.push_back('*');
-  platform::FindData data{};
-  platform::FindHandle handle = platform::FindFirstFile(pattern, &data);
+  platform::ListingEntry data{};
+  const platform::ListingHandle handle = platform::OpenListing(pattern, &data).ValueOr(nullptr);
   if (handle == nullptr) return;
   do {
     if (IsDotEntry(data.name)) continue;
     sink(data.name, (data.attributes & platform::kFileAttributeDirectory) != 0);
-  } while (platform::FindNextFile(handle, &data));
-  platform::FindClose(handle);
+  } while (platform::NextListingEntry(handle, &data));
+  platform::CloseListing(handle);
 }
 
 // Lower-case copy under the native locale, unit by unit.
@@ -92,17 +92,17 @@ bool Folder::IsFolder(const UTF16String& path) { return ExistsOnDisk(path); }
 bool Folder::CreateOnDisk(const UTF16String& path) {
   try {
     if (PathUtilities::ExistsOnDisk(path) != 0) return false;
-    return platform::CreateDirectoryWithParents(path) == 0;
+    return platform::CreateDirectories(path).IsOk();
   } catch (const PathUtilities::PathUtilsException&) {
     return false;
   }
 }
 
 std::uint64_t Folder::GetFreeSpaceOnDisk(const UTF16String& path, std::uint32_t* error) {
-  std::uint64_t available = 0;
-  if (platform::GetDiskFreeSpaceEx(path, &available)) return available;
+  const platform::Result<std::uint64_t> available = platform::FreeSpace(path);
+  if (available) return *available;
   if (error != nullptr) {
-    switch (platform::GetLastError()) {
+    switch (available.Error()) {
       case platform::kErrorFileNotFound:
       case platform::kErrorPathNotFound:
         *error = TOV::kErrPathNotFound;
@@ -187,14 +187,15 @@ void ListNarrow(const std::string& path, NarrowFileNameList& files,
   folders.clear();
   std::string base = PathUtils::RemoveTrailingslash(path);
   if (base.empty() || base.back() != '\\') base.push_back('\\');
-  EnumerateFolder(tovimpl::files::NarrowToLibrary(path), [&](const UTF16String& name, bool isFolder) {
-    std::string entry = base + tovimpl::files::LibraryToNarrow(name);
-    if (isFolder) {
-      folders.push_back(std::move(entry));
-    } else {
-      files.push_back(std::move(entry));
-    }
-  });
+  EnumerateFolder(tovimpl::files::NarrowToLibrary(path),
+                  [&](const UTF16String& name, bool isFolder) {
+                    std::string entry = base + tovimpl::files::LibraryToNarrow(name);
+                    if (isFolder) {
+                      folders.push_back(std::move(entry));
+                    } else {
+                      files.push_back(std::move(entry));
+                    }
+                  });
 }
 }  // namespace
 
@@ -219,7 +220,7 @@ bool Folder::IsFolder(const std::string& path) { return PathUtils::IsFolder(path
 
 bool Folder::CreateOnDisk(const std::string& path) {
   if (PathUtils::ExistsOnDisk(path)) return false;
-  return platform::CreateDirectoryWithParents(tovimpl::files::NarrowToLibrary(path)) == 0;
+  return platform::CreateDirectories(tovimpl::files::NarrowToLibrary(path)).IsOk();
 }
 
 void Folder::GetContainedFileAndFolderList(NarrowFileNameList& files,

@@ -11,6 +11,7 @@
 #include "platform/fs.h"
 #include "platform/path.h"
 #include "platform/system.h"
+#include "platform/text.h"
 #include "tovfoundation/files.h"
 
 namespace {
@@ -83,7 +84,9 @@ UTF16String TOVGetFileName(const UTF16String& path) {
   return parts.fileName + parts.extension;
 }
 
-UTF16String TOVGetFileTitle(const UTF16String& path) { return tovimpl::files::Split(path).fileName; }
+UTF16String TOVGetFileTitle(const UTF16String& path) {
+  return tovimpl::files::Split(path).fileName;
+}
 
 UTF16String TOVGetFolderPath(const UTF16String& path) { return tovimpl::files::Split(path).folder; }
 
@@ -207,7 +210,7 @@ unsigned char IsNormalizedPath(const UTF16String& path) {
 }
 
 UTF16String GetModuleName() {
-  UTF16String path = tovimpl::platform::GetModuleFileName();
+  UTF16String path = tovimpl::platform::ExecutablePath().ValueOr({});
   if (path.size() > kMaxPath - 1) path.resize(kMaxPath - 1);
   std::size_t end = path.size();
   std::size_t start = 0;
@@ -308,7 +311,9 @@ void SplitPath(const WideString& path, char16_t* drive, char16_t* folder, char16
 bool ExistsOnDisk(const std::string& path) {
   return tovimpl::files::PathFileExists(tovimpl::files::NarrowToLibrary(path));
 }
-bool ExistsOnDisk(const WideString& path) { return ExistsOnDisk(tovimpl::files::ReduceToNarrow(path)); }
+bool ExistsOnDisk(const WideString& path) {
+  return ExistsOnDisk(tovimpl::files::ReduceToNarrow(path));
+}
 bool IsFolder(const std::string& path) {
   return tovimpl::files::PathIsDirectory(tovimpl::files::NarrowToLibrary(path));
 }
@@ -347,18 +352,21 @@ std::string ReduceToNarrow(std::u16string_view text) {
   return out;
 }
 
-UTF16String NarrowToLibrary(const std::string& text) { return basalt::UTF8to16(text); }
+UTF16String NarrowToLibrary(const std::string& text) {
+  return tovimpl::platform::NarrowToUTF16(text);
+}
 
-std::string LibraryToNarrow(const UTF16String& text) { return basalt::UTF16to8(text); }
+std::string LibraryToNarrow(const UTF16String& text) {
+  return tovimpl::platform::UTF16ToNarrow(text);
+}
 
 bool PathFileExists(const UTF16String& path) {
-  return tovimpl::platform::GetFileAttributes(path) != tovimpl::platform::kInvalidFileAttributes;
+  return tovimpl::platform::ReadAttributes(path).IsOk();
 }
 
 bool PathIsDirectory(const UTF16String& path) {
-  const std::uint32_t attributes = tovimpl::platform::GetFileAttributes(path);
-  return attributes != tovimpl::platform::kInvalidFileAttributes &&
-         (attributes & tovimpl::platform::kFileAttributeDirectory) != 0;
+  const auto attributes = tovimpl::platform::ReadAttributes(path);
+  return attributes && (*attributes & tovimpl::platform::kFileAttributeDirectory) != 0;
 }
 
 }  // namespace tovimpl::files

@@ -62,7 +62,7 @@ UTF16String GetAutoFileName(const UTF16String& folder, const UTF16String& prefix
 }
 
 UTF16String TOVGetTempFolder() {
-  UTF16String folder = platform::GetTempPath();
+  UTF16String folder = platform::TempDirectory().ValueOr({});
   if (folder.size() > kMaxPath - 1) folder.resize(kMaxPath - 1);
   if (folder.empty() || !tovimpl::files::PathFileExists(folder)) throw NotAValidFolderPath();
   return folder;
@@ -70,19 +70,18 @@ UTF16String TOVGetTempFolder() {
 
 UTF16String TOVGetTempFileName() {
   const UTF16String folder = TOVGetTempFolder();
-  UTF16String created;
-  if (platform::GetTempFileName(folder, u"_TOV_"_u16, &created) == 0) {
-    throw UnableToGetTempFileName();
-  }
+  platform::Result<UTF16String> made = platform::CreateTempFile(folder, u"_TOV_"_u16);
+  if (!made) throw UnableToGetTempFileName();
+  UTF16String created = std::move(*made);
   if (created.size() > kMaxPath) created.resize(kMaxPath);
   return created;
 }
 
 void TOVGetTempFileName(const UTF16String& folder, UTF16String& name) {
   if (!tovimpl::files::PathFileExists(folder)) throw NotAValidFolderPath();
-  UTF16String created;
-  if (platform::GetTempFileName(folder, name, &created) == 0) throw UnableToGetTempFileName();
-  name = created;
+  platform::Result<UTF16String> made = platform::CreateTempFile(folder, name);
+  if (!made) throw UnableToGetTempFileName();
+  name = std::move(*made);
 }
 
 UTF16String TOVGetPreferencesFolder() {
@@ -98,18 +97,29 @@ UTF16String TOVGetPreferencesFolder() {
   return folder;
 }
 
+namespace {
+// 1 on success; 0 with the failure's code left as the thread's last error, as
+// the system's copy and move calls leave it.
+unsigned char Reported(platform::Status status) {
+  if (status) return 1;
+  platform::SetLastError(status.Error());
+  return 0;
+}
+}  // namespace
+
 unsigned char TOVCopyFile(const UTF16String& source, const UTF16String& target) {
-  return platform::CopyFileEx(source, target, nullptr, nullptr, nullptr, false) ? 1 : 0;
+  return Reported(platform::CopyFileContents(source, target, nullptr, nullptr, nullptr, false));
 }
 
 unsigned char TOVCopyFileEx(const UTF16String& source, const UTF16String& target,
                             TOVCopyProgressRoutine progress, void* progressData) {
   int cancel = 0;
-  return platform::CopyFileEx(source, target, progress, progressData, &cancel, false) ? 1 : 0;
+  return Reported(
+      platform::CopyFileContents(source, target, progress, progressData, &cancel, false));
 }
 
 unsigned char TOVMoveFile(const UTF16String& source, const UTF16String& target) {
-  return platform::MoveFile(source, target) ? 1 : 0;
+  return Reported(platform::MoveNoReplace(source, target));
 }
 
 unsigned char TOVDeleteFile(const UTF16String& path) {
@@ -118,7 +128,7 @@ unsigned char TOVDeleteFile(const UTF16String& path) {
 }
 
 unsigned char TOVMoveToTrash(const UTF16String& path) {
-  return platform::MoveToTrash(path) == 0 ? 1 : 0;
+  return Reported(platform::MoveToTrash(path));
 }
 
 }  // namespace PathUtilities
@@ -126,7 +136,7 @@ unsigned char TOVMoveToTrash(const UTF16String& path) {
 namespace PathUtils {
 
 std::string GetTempFolder() {
-  std::string folder = tovimpl::files::LibraryToNarrow(platform::GetTempPath());
+  std::string folder = tovimpl::files::LibraryToNarrow(platform::TempDirectory().ValueOr({}));
   if (folder.size() > kMaxPath - 1) folder.resize(kMaxPath - 1);
   if (!ExistsOnDisk(folder)) throw TOVNotAValidFolderPathException();
   return folder;
@@ -134,11 +144,10 @@ std::string GetTempFolder() {
 
 std::string GetTemporaryFileName() {
   const std::string folder = GetTempFolder();
-  UTF16String created;
-  if (platform::GetTempFileName(tovimpl::files::NarrowToLibrary(folder), u"_TOV_"_u16, &created) == 0) {
-    return {};
-  }
-  return tovimpl::files::LibraryToNarrow(created);
+  const platform::Result<UTF16String> created =
+      platform::CreateTempFile(tovimpl::files::NarrowToLibrary(folder), u"_TOV_"_u16);
+  if (!created) return {};
+  return tovimpl::files::LibraryToNarrow(*created);
 }
 
 }  // namespace PathUtils

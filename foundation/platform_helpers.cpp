@@ -2,12 +2,15 @@
 // and the waitable signal.
 #include <cstdint>
 #include <cstring>
+#include <string>
 
 #include "basalt/utf.h"
 #include "foundation/platform_helpers_internal.h"
+#include "platform/error.h"
 #include "platform/guid.h"
 #include "platform/module.h"
 #include "platform/sync.h"
+#include "platform/text.h"
 #include "tovfoundation/foundation.h"
 
 namespace tovimpl::foundation {
@@ -34,6 +37,15 @@ bool TakeFirstPipl(platform::ModuleHandle /*module*/, const char* type, std::uin
   return false;
 }
 
+// The value of `result`, or `fallback` with the failure's code left as the
+// thread's last error, as the system's module calls leave it.
+template <class T>
+T ValueOrLastError(platform::Result<T> result, T fallback) {
+  if (result) return *std::move(result);
+  platform::SetLastError(result.Error());
+  return fallback;
+}
+
 }  // namespace
 
 Halyard::VWaitResultType WaitResultFromPlatform(std::uint32_t result) {
@@ -55,31 +67,42 @@ namespace platform = tovimpl::platform;
 
 HINSTANCE TOVLoadLibrary(const char* fileName, void* /*reserved*/, std::uint32_t flags) {
   if (fileName == nullptr) return nullptr;
-  const UTF16String name = basalt::UTF8to16(fileName);
-  return platform::LoadLibraryEx(name, flags == 1 ? platform::kLoadLibraryAsDatafile : 0);
+  const UTF16String name = platform::NarrowToUTF16(fileName);
+  return tovimpl::foundation::ValueOrLastError(
+      platform::LoadModule(name, flags == 1 ? platform::kLoadLibraryAsDatafile : 0), HINSTANCE{});
 }
 
 HINSTANCE TOVLoadLibraryW(const unsigned short* fileName, void* /*reserved*/, std::uint32_t flags) {
   if (fileName == nullptr) return nullptr;
-  return platform::LoadLibraryEx(UTF16StringView(fileName),
-                                 flags == 1 ? platform::kLoadLibraryAsDatafile : 0);
+  return tovimpl::foundation::ValueOrLastError(
+      platform::LoadModule(UTF16StringView(fileName),
+                           flags == 1 ? platform::kLoadLibraryAsDatafile : 0),
+      HINSTANCE{});
 }
 
-bool TOVUnloadLibrary(HINSTANCE module) { return platform::FreeLibrary(module); }
+bool TOVUnloadLibrary(HINSTANCE module) {
+  const platform::Status unloaded = platform::UnloadModule(module);
+  if (!unloaded) platform::SetLastError(unloaded.Error());
+  return unloaded.IsOk();
+}
 
 void* TOVGetProcAddress(HINSTANCE module, const char* name) {
-  return platform::GetProcAddress(module, name);
+  return tovimpl::foundation::ValueOrLastError(platform::FindSymbol(module, name),
+                                               static_cast<void*>(nullptr));
 }
 
 void* TOVLoadResource(HINSTANCE module, UTF16String& type) {
-  const UTF8String typeName = basalt::UTF16to8(type);
+  // The type is narrow text, as the system's resource calls take it.
+  const std::string typeName = platform::UTF16ToNarrow(type);
   tovimpl::foundation::FirstPipl recorded;
-  platform::EnumResourceNames(module, typeName.c_str(), tovimpl::foundation::TakeFirstPipl,
-                              reinterpret_cast<std::intptr_t>(&recorded));
+  (void)platform::ForEachResource(module, typeName.c_str(), tovimpl::foundation::TakeFirstPipl,
+                                  reinterpret_cast<std::intptr_t>(&recorded));
   if (!recorded.found) return nullptr;
   // Looked up by the low 16 bits of the name, as an integer identifier.
-  platform::ResourceHandle resource = platform::FindResource(
-      module, platform::MakeIntResource(static_cast<std::uint32_t>(recorded.name)), "PIPL");
+  const platform::ResourceHandle resource =
+      platform::FindModuleResource(
+          module, platform::MakeIntResource(static_cast<std::uint32_t>(recorded.name)), "PIPL")
+          .ValueOr(nullptr);
   if (resource == nullptr) return nullptr;
   return platform::LoadResource(module, resource);
 }
@@ -103,18 +126,20 @@ std::uint32_t VGenerateGUID(_VGUID* guid) {
   return 0;
 }
 
-WaitableObject::WaitableObject() : mEvent(platform::CreateEvent(false, false)) {}
+WaitableObject::WaitableObject() : mEvent(platform::NewEvent(false, false).ValueOr(nullptr)) {}
 
 WaitableObject::~WaitableObject() {
-  if (mEvent != nullptr) platform::CloseHandle(static_cast<platform::EventHandle>(mEvent));
+  if (mEvent != nullptr) (void)platform::DestroyEvent(static_cast<platform::EventHandle>(mEvent));
 }
 
-void WaitableObject::Signal() { platform::SetEvent(static_cast<platform::EventHandle>(mEvent)); }
+void WaitableObject::Signal() {
+  (void)platform::SignalEvent(static_cast<platform::EventHandle>(mEvent));
+}
 
 VWaitResultType WaitableObject::WaitForSignal(std::int32_t milliseconds) {
-  const std::uint32_t result = platform::WaitForSingleObject(
+  const platform::Result<std::uint32_t> result = platform::WaitForEvent(
       static_cast<platform::EventHandle>(mEvent), static_cast<std::uint32_t>(milliseconds));
-  return tovimpl::foundation::WaitResultFromPlatform(result);
+  return tovimpl::foundation::WaitResultFromPlatform(result.ValueOr(platform::kWaitFailed));
 }
 
 }  // namespace Halyard

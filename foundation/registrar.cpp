@@ -223,16 +223,16 @@ class Registry : public PropList {
     Halyard::PathUtilities::AddTrailingslash(pattern);
     const std::size_t folderLength = pattern.size();
     pattern += u"MasterFolderList.xml.*.tmp"_u16;
-    platform::FindData found{};
-    platform::FindHandle search = platform::FindFirstFile(pattern, &found);
+    platform::ListingEntry found{};
+    const platform::ListingHandle search = platform::OpenListing(pattern, &found).ValueOr(nullptr);
     if (search == nullptr) return;
     do {
       if ((found.attributes & platform::kFileAttributeDirectory) == 0 &&
           SaveTempProcess(found.name) != 0 && !SaveOfRunningProcess(found.name)) {
         (void)platform::RemoveFile(pattern.substr(0, folderLength) + found.name);
       }
-    } while (platform::FindNextFile(search, &found));
-    platform::FindClose(search);
+    } while (platform::NextListingEntry(search, &found));
+    platform::CloseListing(search);
   }
 
   // A save temporary file of another process that still runs.
@@ -322,9 +322,8 @@ class Registry : public PropList {
   }
 
   static void RemoveIfEmpty(const UTF16String& file) {
-    platform::FileAttributeData data{};
-    if (platform::GetFileAttributesEx(file, &data) && data.size == 0 &&
-        (data.attributes & platform::kFileAttributeDirectory) == 0) {
+    const platform::Result<platform::FileInfo> info = platform::ReadFileInfo(file);
+    if (info && info->size == 0 && (info->attributes & platform::kFileAttributeDirectory) == 0) {
       (void)platform::RemoveFile(file);
     }
   }
@@ -332,8 +331,7 @@ class Registry : public PropList {
   // Moves the damaged list out of the way, under a name never used before:
   // "MasterFolderList.xml.damaged-<UTC time>", then "-2", "-3", ...
   bool SetDamagedListAside() {
-    platform::SystemTime now{};
-    platform::GetSystemTime(&now);
+    const platform::SystemTime now = platform::UtcNow();
     basalt::UTF8StringStream stamp;
     const auto two = [&](unsigned value) {
       if (value < 10) stamp << '0';

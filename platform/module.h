@@ -1,42 +1,42 @@
 // OS layer: loadable modules and their embedded resources.
 //
-// The calls mirror LoadLibraryExW, GetProcAddress, FreeLibrary,
-// EnumResourceNamesA, FindResourceA, LoadResource, LockResource,
-// SizeofResource and FreeResource:
+// Win32: LoadLibraryExW, GetProcAddress, FreeLibrary, EnumResourceNamesA,
+// FindResourceA, LoadResource, LockResource, SizeofResource and FreeResource.
+// Failures come back with their Windows error code (platform/result.h):
 //
-//   ModuleHandle plugin = LoadLibraryEx(u"plugins\\blur.so"_u16, 0);
-//   auto entry = GetProcAddress(plugin, "PluginMain");
-//   ResourceHandle found = FindResource(plugin, MakeIntResource(1), "PIPL");
+//   ModuleHandle plugin = LoadModule(u"plugins\\blur.so"_u16, 0).ValueOr(nullptr);
+//   void* entry = FindSymbol(plugin, "PluginMain").ValueOr(nullptr);
+//   ResourceHandle found = *FindModuleResource(plugin, MakeIntResource(1), "PIPL");
 //   const void* bytes = LockResource(LoadResource(plugin, found));
-//   FreeLibrary(plugin);   // `bytes` is no longer valid
+//   (void)UnloadModule(plugin);   // `bytes` is no longer valid
 //
 // POSIX model:
 //   - A normal load is dlopen(RTLD_NOW | RTLD_LOCAL); the handle is dlopen's.
 //   - A load with kLoadLibraryAsDatafile maps the file read-only and runs none
 //     of its code (no constructors, no dependencies loaded). The handle is the
 //     mapping's address with its lowest bit set, as Windows tags data-file
-//     handles, so it can never equal a dlopen handle. GetProcAddress on it
-//     fails.
+//     handles, so it can never equal a dlopen handle. FindSymbol on it fails.
 //   - Resources of an ELF module are its sections whose names do not begin
 //     with '.': the section name is the resource type, and the sections of one
 //     type are numbered 1, 2, ... in section-header order (integer resource
 //     names; string names never match). The data is read from the module's
 //     file, since section headers are not part of the loaded image, and stays
-//     valid until the module's last FreeLibrary.
+//     valid until the module's last UnloadModule.
 #pragma once
 
 #include <cstdint>
 
 #include "basalt/strings.h"
+#include "platform/result.h"
 
 namespace tovimpl::platform {
 
-// A loaded module (HMODULE); null means failure.
+// A loaded module (HMODULE).
 using ModuleHandle = void*;
-// A found or loaded resource (HRSRC / HGLOBAL); null means failure.
+// A found or loaded resource (HRSRC / HGLOBAL).
 using ResourceHandle = void*;
 
-// LoadLibraryExW flags.
+// LoadModule flags (the LoadLibraryExW value).
 inline constexpr std::uint32_t kLoadLibraryAsDatafile = 2;
 
 // Windows error codes particular to modules.
@@ -47,43 +47,44 @@ inline constexpr std::uint32_t kErrorResourceNameNotFound = 1814;
 // MAKEINTRESOURCE: an integer resource name. Only the low 16 bits count.
 constexpr std::uintptr_t MakeIntResource(std::uint32_t id) { return id & 0xFFFFu; }
 
-// LoadLibraryExW (no file handle). `flags` 0 loads and runs the module;
-// kLoadLibraryAsDatafile maps it as data. Other flag bits are ignored. A name
-// without a separator is searched as the system searches libraries. Loading
-// the same module twice gives the same handle; each load needs its
-// FreeLibrary. Failure: null, last error 126 when the module cannot be loaded,
-// 2/3 when a data file is missing, 193 when a data file is not an ELF file.
-ModuleHandle LoadLibraryEx(UTF16StringView libraryPath, std::uint32_t flags);
+// Loads a module (Win32: LoadLibraryExW, no file handle). `flags` 0 loads and
+// runs the module; kLoadLibraryAsDatafile maps it as data. Other flag bits
+// are ignored. A name without a separator is searched as the system searches
+// libraries. Loading the same module twice gives the same handle; each load
+// needs its UnloadModule. Failures: 126 when the module cannot be loaded, 2/3
+// when a data file is missing, 193 when a data file is not an ELF file.
+Result<ModuleHandle> LoadModule(UTF16StringView libraryPath, std::uint32_t flags);
 
-// GetProcAddress: the address of an exported symbol, or null with last error
-// 127 (also for every data-file handle), 6 for a null handle.
-void* GetProcAddress(ModuleHandle module, const char* name);
+// The address of an exported symbol. Failures: 127 (also for every data-file
+// handle), 6 for a null handle.
+Result<void*> FindSymbol(ModuleHandle module, const char* name);
 
-// FreeLibrary: drops one load of the module. Returns false with last error 6
-// for a null or unknown data-file handle. A dlopen handle that was not loaded
-// here is passed to dlclose as it is (the caller vouches for it).
-bool FreeLibrary(ModuleHandle module);
+// Drops one load of the module. Failure 6 for a null or unknown data-file
+// handle. A dlopen handle that was not loaded here is passed to dlclose as it
+// is (the caller vouches for it).
+Status UnloadModule(ModuleHandle module);
 
-// EnumResourceNamesA callback: gets the module, the type exactly as the caller
-// passed it to EnumResourceNames, the resource's name (an integer name, see
-// MakeIntResource) and the caller's value. Returns true to go on, false to stop.
+// ForEachResource's callback: gets the module, the type exactly as the caller
+// passed it, the resource's name (an integer name, see MakeIntResource) and
+// the caller's value. Returns true to go on, false to stop.
 using EnumResourceNameProc = bool (*)(ModuleHandle module, const char* type, std::uintptr_t name,
                                       std::intptr_t param);
 
-// EnumResourceNamesA: calls `proc` for each resource of `type`, in order, until
-// it returns false. Returns true when the enumeration ran over at least one
-// resource (also when the callback stopped it), false otherwise with last error
-// 1813 when the module has no resource of that type, 6 for a bad handle.
-bool EnumResourceNames(ModuleHandle module, const char* type, EnumResourceNameProc proc,
+// Calls `proc` for each resource of `type`, in order, until it returns false.
+// Succeeds when the enumeration ran over at least one resource (also when the
+// callback stopped it). Failures: 1813 when the module has no resource of that
+// type, 6 for a bad handle.
+Status ForEachResource(ModuleHandle module, const char* type, EnumResourceNameProc proc,
                        std::intptr_t param);
 
-// FindResourceA with an integer name (MakeIntResource) and a type name.
-// Null with last error 1814 when there is no such resource, 1813 when there
-// is no resource of that type at all, 6 for a bad handle.
-ResourceHandle FindResource(ModuleHandle module, std::uintptr_t name, const char* type);
+// The resource with an integer name (MakeIntResource) and a type name.
+// Failures: 1814 when there is no such resource, 1813 when there is no
+// resource of that type at all, 6 for a bad handle.
+Result<ResourceHandle> FindModuleResource(ModuleHandle module, std::uintptr_t name,
+                                          const char* type);
 
-// LoadResource: the loaded resource for a handle from FindResource of the
-// same module (the same value on POSIX). Null when `resource` is null.
+// LoadResource: the loaded resource for a handle from FindModuleResource of
+// the same module (the same value on POSIX). Null when `resource` is null.
 ResourceHandle LoadResource(ModuleHandle module, ResourceHandle resource);
 
 // LockResource: the address of the resource's bytes (null for null). Valid

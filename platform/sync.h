@@ -1,12 +1,12 @@
 // OS layer: event objects, and a memory barrier across the whole process.
 //
-// The calls mirror CreateEventW, SetEvent, ResetEvent, WaitForSingleObject and
-// CloseHandle for unnamed events:
+// Unnamed events (Win32: CreateEventW, SetEvent, ResetEvent,
+// WaitForSingleObject and CloseHandle):
 //
-//   EventHandle ready = CreateEvent(/*manualReset=*/false, /*initialState=*/false);
+//   EventHandle ready = *NewEvent(/*manualReset=*/false, /*initialState=*/false);
 //   // thread A                       // thread B
-//   SetEvent(ready);                   if (WaitForSingleObject(ready, 1000) == kWaitObject0) ...
-//   CloseHandle(ready);
+//   SignalEvent(ready);                if (WaitForEvent(ready, 1000).ValueOr(kWaitFailed) ==
+//   kWaitObject0) ... DestroyEvent(ready);
 //
 // An auto-reset event releases one waiter per SetEvent and resets itself in
 // that release; a SetEvent with no waiter leaves it signalled for the next
@@ -19,39 +19,40 @@
 
 #include <cstdint>
 
+#include "platform/result.h"
+
 namespace tovimpl::platform {
 
-// An event object; null is "no event" (CreateEvent failed).
+// An event object.
 struct Event;
 using EventHandle = Event*;
 
-// Results of WaitForSingleObject.
+// The outcomes of a wait, with the values of WaitForSingleObject; kWaitFailed
+// is what a failed wait stands for in the public interface.
 inline constexpr std::uint32_t kWaitObject0 = 0;
 inline constexpr std::uint32_t kWaitTimeout = 258;
 inline constexpr std::uint32_t kWaitFailed = 0xFFFFFFFFu;
 // A time-out that never runs out.
 inline constexpr std::uint32_t kInfinite = 0xFFFFFFFFu;
 
-// CreateEventW (unnamed, default security). Returns null with the last error
-// set when the event cannot be made.
-EventHandle CreateEvent(bool manualReset, bool initialState);
+// Makes an event (Win32: CreateEventW, unnamed, default security).
+Result<EventHandle> NewEvent(bool manualReset, bool initialState);
 
-// SetEvent: signals the event. Null: false, last error 6.
-bool SetEvent(EventHandle event);
+// Signals the event. Null: 6.
+Status SignalEvent(EventHandle event);
 
-// ResetEvent: makes the event non-signalled. Null: false, last error 6.
-bool ResetEvent(EventHandle event);
+// Makes the event non-signalled. Null: 6.
+Status ClearEvent(EventHandle event);
 
-// WaitForSingleObject. Waits until the event is signalled or `milliseconds`
-// have passed: 0 only looks, kInfinite waits forever, any other value waits at
-// most that long (0xFFFFFFFE ms is about 49.7 days). Returns kWaitObject0 when
-// signalled (an auto-reset event is reset by this return), kWaitTimeout when
-// the time ran out, kWaitFailed with last error 6 for a null handle.
-std::uint32_t WaitForSingleObject(EventHandle event, std::uint32_t milliseconds);
+// Waits until the event is signalled or `milliseconds` have passed: 0 only
+// looks, kInfinite waits forever, any other value waits at most that long
+// (0xFFFFFFFE ms is about 49.7 days). kWaitObject0 when signalled (an
+// auto-reset event is reset by this return), kWaitTimeout when the time ran
+// out; failure 6 for a null handle.
+Result<std::uint32_t> WaitForEvent(EventHandle event, std::uint32_t milliseconds);
 
-// CloseHandle for an event: destroys it. No thread may still wait on it.
-// Null: false, last error 6.
-bool CloseHandle(EventHandle event);
+// Destroys the event. No thread may still wait on it. Null: 6.
+Status DestroyEvent(EventHandle event);
 
 // A process-wide memory barrier: every thread of the process that is running
 // at the time executes a full memory barrier (or is ordered as if it did)

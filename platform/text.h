@@ -1,7 +1,7 @@
 // OS layer: text in the system's encodings, and the system's error messages.
 //
-// Three services, each shaped like the Windows call it stands for:
-// - MultiByteToWideChar: the system code page ⇒ UTF-16;
+// The narrow text of the OS boundary, and two services shaped like the
+// C-runtime and Windows calls they stand for:
 // - MultiByteToUTF16 / UTF16ToMultiByte / MaxMultiByteLength: the C runtime's
 //   mbstowcs / wcstombs / MB_CUR_MAX with UTF-16 on the wide side, in the
 //   calling thread's current LC_CTYPE (uselocale or setlocale);
@@ -11,31 +11,25 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 #include "basalt/strings.h"
 
 namespace tovimpl::platform {
 
+// Narrow (`char`) paths, module names and listed names as the system's narrow
+// calls take and give them, to and from UTF-16. Windows: the ANSI code page
+// (CP_ACP, as PathFileExistsA, LoadLibraryExA and FindFirstFileA read it);
+// a character the code page lacks becomes that code page's default character
+// ('?'). POSIX: UTF-8; ill-formed bytes become U+FFFD. Every narrow entry
+// point that stands for a narrow system call converts through these two, once.
+UTF16String NarrowToUTF16(std::string_view text);
+std::string UTF16ToNarrow(UTF16StringView text);
+
 // Windows error codes only these services report.
-inline constexpr std::uint32_t kErrorInvalidFlags = 1004;
 inline constexpr std::uint32_t kErrorNoUnicodeTranslation = 1113;
 inline constexpr std::uint32_t kErrorMrMidNotFound = 317;
-
-// Code pages MultiByteToWideChar accepts.
-inline constexpr std::uint32_t kCodePageAnsi = 0;  // the system's 8-bit code page
-inline constexpr std::uint32_t kCodePageUTF8 = 65001;
-
-// Windows: MultiByteToWideChar(codePage, flags, text, length, out, outCount).
-// Converts `length` bytes of `text` (-1: up to and including its NUL) into
-// UTF-16. With outCount 0 it only measures. Returns the number of code units
-// written (or needed), the NUL included when it was part of the input; 0 on
-// failure. On POSIX the ANSI code page is UTF-8; ill-formed bytes become U+FFFD.
-// Failures: null text or length 0 / below -1 ⇒ kErrorInvalidParameter; a code
-// page other than kCodePageAnsi and kCodePageUTF8 ⇒ kErrorInvalidParameter;
-// flags other than 0 ⇒ kErrorInvalidFlags; outCount too small ⇒
-// kErrorInsufficientBuffer (out holds the first outCount units).
-std::int32_t MultiByteToWideChar(std::uint32_t codePage, std::uint32_t flags, const char* text,
-                                 std::int32_t length, unsigned short* out, std::int32_t outCount);
 
 // The value the multibyte conversions answer on failure, (size_t)-1.
 inline constexpr std::size_t kMultiByteError = static_cast<std::size_t>(-1);

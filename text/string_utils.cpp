@@ -61,16 +61,8 @@ UTF16String VAsciiToUTF16(const char* text) {
 
 UTF16String PlatformStringToUTF16(const char* text) {
   if (text == nullptr) return UTF16String();
-  const std::int32_t count =
-      tovimpl::platform::MultiByteToWideChar(tovimpl::platform::kCodePageAnsi, 0, text, -1, nullptr, 0);
-  if (count <= 0) return UTF16String();
-  UTF16String buffer(static_cast<std::size_t>(count), 0);
-  if (tovimpl::platform::MultiByteToWideChar(tovimpl::platform::kCodePageAnsi, 0, text, -1, buffer.data(),
-                                         count) <= 0) {
-    return UTF16String();
-  }
-  buffer.resize(UTF16String::traits_type::length(buffer.c_str()));
-  return buffer;
+  // The system code page: the one narrow conversion of the OS layer.
+  return tovimpl::platform::NarrowToUTF16(text);
 }
 
 UTF16String FourCCToUTF16(std::uint32_t code) {

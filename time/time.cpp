@@ -112,8 +112,7 @@ namespace TimeUtils {
 void GetSystemTime(VDateTime* dateTime) {
   if (dateTime == nullptr) return;
   std::memset(dateTime, 0, sizeof *dateTime);
-  tovimpl::platform::SystemTime now{};
-  tovimpl::platform::GetSystemTime(&now);
+  const tovimpl::platform::SystemTime now = tovimpl::platform::UtcNow();
   dateTime->year = now.year;
   dateTime->milliseconds = now.milliseconds;
   dateTime->kind = 2;
@@ -125,16 +124,7 @@ void GetSystemTime(VDateTime* dateTime) {
 }
 
 UTF16String GetSystemTimeAsString() {
-  const int needed = tovimpl::platform::GetTimeFormatW(nullptr, 0);
-  if (needed <= 0) return UTF16String();
-  std::vector<unsigned short> buffer(static_cast<std::size_t>(needed), 0);
-  tovimpl::platform::GetTimeFormatW(buffer.data(), needed);
-  UTF16String text;
-  for (const unsigned short unit : buffer) {
-    if (unit == 0) break;
-    text.push_back(unit);
-  }
-  return text;
+  return tovimpl::platform::LocalTimeOfDayText().ValueOr(UTF16String());
 }
 
 }  // namespace TimeUtils

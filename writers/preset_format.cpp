@@ -6,6 +6,7 @@
 
 #include "platform/cfile.h"
 #include "platform/fs.h"
+#include "platform/text.h"
 #include "tovfoundation/writers.h"
 
 namespace Halyard {
@@ -154,23 +155,24 @@ std::uint32_t VIsPresetForThisWriter(const unsigned short* preset, std::uint32_t
   }
 
   // The system's temporary folder, made when it is missing.
-  const UTF16String folder = platform::GetTempPath();
+  // The folder goes through narrow text, as the narrow system calls take it.
+  const UTF16String folder =
+      platform::NarrowToUTF16(platform::UTF16ToNarrow(platform::TempDirectory().ValueOr({})));
   if (folder.empty()) return TOV::kErrCreateFailed;
-  if (platform::GetFileAttributes(folder) == platform::kInvalidFileAttributes &&
-      platform::CreateDirectoryWithParents(folder) != 0) {
+  if (!platform::ReadAttributes(folder) && !platform::CreateDirectories(folder)) {
     return TOV::kErrCreateFailed;
   }
 
   // A new empty file "vpr….tmp"; when the name cannot be made, the folder is
   // made once more (it may have vanished meanwhile) and the name tried again.
   const UTF16String prefix = Text(u"vpr");
-  UTF16String path;
-  if (platform::GetTempFileName(folder, prefix, &path) == 0) {
-    if (platform::CreateDirectoryWithParents(folder) != 0 ||
-        platform::GetTempFileName(folder, prefix, &path) == 0) {
-      return TOV::kErrCreateFailed;
-    }
+  platform::Result<UTF16String> made = platform::CreateTempFile(folder, prefix);
+  if (!made) {
+    if (!platform::CreateDirectories(folder)) return TOV::kErrCreateFailed;
+    made = platform::CreateTempFile(folder, prefix);
+    if (!made) return TOV::kErrCreateFailed;
   }
+  const UTF16String path = std::move(*made);
 
   // The preset's units, little-endian.
   std::FILE* file = platform::OpenCFile(path.c_str(), "wb");

@@ -14,8 +14,9 @@
 
 namespace tovimpl::platform {
 
-void GetSystemTime(SystemTime* out) {
-  if (out == nullptr) return;
+SystemTime UtcNow() {
+  SystemTime result{};
+  SystemTime* out = &result;
   struct timespec now {};
   ::clock_gettime(CLOCK_REALTIME, &now);
   const time_t seconds = now.tv_sec;
@@ -29,6 +30,7 @@ void GetSystemTime(SystemTime* out) {
   out->minute = static_cast<std::uint16_t>(fields.tm_min);
   out->second = static_cast<std::uint16_t>(fields.tm_sec);
   out->milliseconds = static_cast<std::uint16_t>(now.tv_nsec / 1000000);
+  return result;
 }
 
 namespace {
@@ -94,25 +96,10 @@ bool FormatLocalTimeOfDay(UTF16String& text) {
 
 }  // namespace
 
-int GetTimeFormatW(unsigned short* buffer, int bufferUnits) {
-  if (bufferUnits < 0 || (bufferUnits > 0 && buffer == nullptr)) {
-    SetLastError(kErrorInvalidParameter);
-    return 0;
-  }
+Result<UTF16String> LocalTimeOfDayText() {
   UTF16String text;
-  if (!FormatLocalTimeOfDay(text)) {
-    SetLastError(kErrorInvalidParameter);
-    return 0;
-  }
-  const int needed = static_cast<int>(text.size()) + 1;
-  if (bufferUnits == 0) return needed;
-  if (bufferUnits < needed) {
-    SetLastError(kErrorInsufficientBuffer);
-    return 0;
-  }
-  std::memcpy(buffer, text.data(), text.size() * sizeof(unsigned short));
-  buffer[text.size()] = 0;
-  return needed;
+  if (!FormatLocalTimeOfDay(text)) return Status::Failure(kErrorInvalidParameter);
+  return text;
 }
 
 }  // namespace tovimpl::platform

@@ -1,6 +1,6 @@
 // POSIX backend of the OS layer: the file system outside of open files.
-// Only code that works on every POSIX system belongs here; Linux-only calls
-// (statx, renameat2, /proc/self/exe) are guarded and have portable fallbacks.
+// Needs Linux for /proc/self/exe (the executable's path); statx and renameat2
+// where the C library declares them, else stat and link + rename.
 #include <dirent.h>
 #include <fcntl.h>
 #include <limits.h>
@@ -22,6 +22,7 @@
 #include "basalt/utf.h"
 #include "platform/error.h"
 #include "platform/fs.h"
+#include "platform/fs_backend.h"
 #include "platform/posix/posix_support.h"
 #include "platform/system.h"
 
@@ -32,6 +33,12 @@ namespace {
 using posix::LibraryPath;
 using posix::NativePath;
 using posix::SetLastErrorFromErrno;
+
+// The failure for errno `error` on `native` (see posix::MapErrno).
+Status Failed(int error, const std::string& native = std::string(),
+              ExistsAs exists = ExistsAs::kAlreadyExists) {
+  return Status::Failure(posix::MapErrno(error, exists, native));
+}
 
 // Seconds between 1601-01-01 and 1970-01-01.
 constexpr std::uint64_t kEpochDifference = 11644473600ull;
@@ -81,31 +88,21 @@ bool StatFollowing(const std::string& native, struct stat* st) {
 
 // --- attributes -------------------------------------------------------------
 
-std::uint32_t GetFileAttributes(const UTF16String& path) {
+Result<std::uint32_t> ReadAttributes(const UTF16String& path) {
   const std::string native = NativePath(path);
-  if (native.empty()) {
-    SetLastError(kErrorPathNotFound);
-    return kInvalidFileAttributes;
-  }
+  if (native.empty()) return Status::Failure(kErrorPathNotFound);
   struct stat st {};
-  if (!StatFollowing(native, &st)) {
-    SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, native);
-    return kInvalidFileAttributes;
-  }
+  if (!StatFollowing(native, &st)) return Failed(errno, native);
   return AttributesFromStat(st, BaseName(native));
 }
 
-bool GetFileAttributesEx(const UTF16String& path, FileAttributeData* data) {
+Result<FileInfo> ReadFileInfo(const UTF16String& path) {
   const std::string native = NativePath(path);
-  if (native.empty()) {
-    SetLastError(kErrorPathNotFound);
-    return false;
-  }
+  if (native.empty()) return Status::Failure(kErrorPathNotFound);
   struct stat st {};
-  if (!StatFollowing(native, &st)) {
-    SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, native);
-    return false;
-  }
+  if (!StatFollowing(native, &st)) return Failed(errno, native);
+  FileInfo info{};
+  FileInfo* data = &info;
   data->attributes = AttributesFromStat(st, BaseName(native));
   data->size = S_ISDIR(st.st_mode) ? 0 : static_cast<std::uint64_t>(st.st_size);
   data->lastAccessTime =
@@ -120,23 +117,17 @@ bool GetFileAttributesEx(const UTF16String& path, FileAttributeData* data) {
     data->creationTime = ToFileTime(sx.stx_btime.tv_sec, sx.stx_btime.tv_nsec);
   }
 #endif
-  return true;
+  return info;
 }
 
 // --- folders ----------------------------------------------------------------
 
-std::uint32_t CreateDirectoryWithParents(const UTF16String& path) {
-  const std::string native = NativePath(path);
-  auto fail = [](std::uint32_t code) {
-    SetLastError(code);
-    return code;
-  };
-  if (native.empty() || native[0] != '/') return fail(kErrorBadPathname);
-  struct stat st {};
-  if (::stat(native.c_str(), &st) == 0) {
-    return fail(S_ISDIR(st.st_mode) ? kErrorAlreadyExists : kErrorFileExists);
-  }
-  // Create each level in turn, from the first missing one down.
+namespace {
+
+// Creates the absolute folder `native` and every missing parent with `mode`.
+// A level that exists as a folder is passed; one that exists as anything else
+// fails with 3 (a file stands in the way); other failures map errno.
+Status MakeFolderChain(const std::string& native, mode_t mode) {
   std::size_t pos = 1;
   while (pos <= native.size()) {
     std::size_t slash = native.find('/', pos);
@@ -144,36 +135,48 @@ std::uint32_t CreateDirectoryWithParents(const UTF16String& path) {
     const std::string level = native.substr(0, slash);
     pos = slash + 1;
     if (level.empty() || level.back() == '/') continue;
-    if (::mkdir(level.c_str(), 0777) != 0) {
+    if (::mkdir(level.c_str(), mode) != 0) {
       const int error = errno;
+      struct stat st {};
       if (error == EEXIST && ::stat(level.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) continue;
-      if (error == EEXIST) return fail(kErrorPathNotFound);  // a file stands in the way
-      SetLastErrorFromErrno(error, ExistsAs::kAlreadyExists, level);
-      return GetLastError();
+      if (error == EEXIST) return Status::Failure(kErrorPathNotFound);
+      return Failed(error, level);
     }
   }
-  SetLastError(kErrorSuccess);
-  return kErrorSuccess;
+  return Status::Ok();
+}
+
+}  // namespace
+
+Status CreateDirectories(const UTF16String& path) {
+  const std::string native = NativePath(path);
+  if (native.empty() || native[0] != '/') return Status::Failure(kErrorBadPathname);
+  struct stat st {};
+  if (::stat(native.c_str(), &st) == 0) {
+    return Status::Failure(S_ISDIR(st.st_mode) ? kErrorAlreadyExists : kErrorFileExists);
+  }
+  return MakeFolderChain(native, 0777);
 }
 
 // --- enumeration ------------------------------------------------------------
 
-namespace {
+namespace {}  // namespace
 
-struct FindState {
+struct ListingState {
   DIR* dir = nullptr;
   std::string folder;  // native, ends in '/'
   UTF16String pattern;
   bool matchAll = false;
 };
 
-bool NextEntry(FindState* state, FindData* data) {
+namespace {
+
+Status NextEntry(ListingState* state, ListingEntry* data) {
   for (;;) {
     errno = 0;
     const struct dirent* entry = ::readdir(state->dir);
     if (entry == nullptr) {
-      SetLastError(errno == 0 ? kErrorNoMoreFiles : posix::MapErrno(errno));
-      return false;
+      return Status::Failure(errno == 0 ? kErrorNoMoreFiles : posix::MapErrno(errno));
     }
     UTF16String name = basalt::UTF8to16(entry->d_name);
     if (!state->matchAll && !MatchesPattern(state->pattern, name)) continue;
@@ -197,18 +200,18 @@ bool NextEntry(FindState* state, FindData* data) {
     }
     data->attributes = attributes;
     data->name = std::move(name);
-    return true;
+    return Status::Ok();
   }
 }
 
 }  // namespace
 
-FindHandle FindFirstFile(const UTF16String& pattern, FindData* data) {
+Result<ListingHandle> OpenListing(const UTF16String& pattern, ListingEntry* data) {
   std::size_t split = UTF16String::npos;
   for (std::size_t i = 0; i < pattern.size(); ++i) {
     if (pattern[i] == '\\' || pattern[i] == '/') split = i;
   }
-  auto state = std::make_unique<FindState>();
+  auto state = std::make_unique<ListingState>();
   UTF16String folderPart;
   if (split == UTF16String::npos) {
     state->pattern = pattern;
@@ -216,10 +219,7 @@ FindHandle FindFirstFile(const UTF16String& pattern, FindData* data) {
     folderPart = pattern.substr(0, split + 1);
     state->pattern = pattern.substr(split + 1);
   }
-  if (state->pattern.empty()) {
-    SetLastError(kErrorFileNotFound);
-    return nullptr;
-  }
+  if (state->pattern.empty()) return Status::Failure(kErrorFileNotFound);
   std::string nativeFolder = folderPart.empty() ? std::string("./") : NativePath(folderPart);
   if (nativeFolder.empty()) nativeFolder = "./";
   if (nativeFolder.back() != '/') nativeFolder.push_back('/');
@@ -232,92 +232,60 @@ FindHandle FindFirstFile(const UTF16String& pattern, FindData* data) {
   state->dir = ::opendir(nativeFolder.c_str());
   if (state->dir == nullptr) {
     const int error = errno;
-    SetLastError(error == ENOENT ? kErrorPathNotFound : posix::MapErrno(error));
-    return nullptr;
+    return Status::Failure(error == ENOENT ? kErrorPathNotFound : posix::MapErrno(error));
   }
   if (!NextEntry(state.get(), data)) {
     ::closedir(state->dir);
-    SetLastError(kErrorFileNotFound);
-    return nullptr;
+    return Status::Failure(kErrorFileNotFound);
   }
   return state.release();
 }
 
-bool FindNextFile(FindHandle handle, FindData* data) {
-  if (handle == nullptr) {
-    SetLastError(kErrorInvalidHandle);
-    return false;
-  }
-  return NextEntry(static_cast<FindState*>(handle), data);
+Status NextListingEntry(ListingHandle listing, ListingEntry* entry) {
+  if (listing == nullptr) return Status::Failure(kErrorInvalidHandle);
+  return NextEntry(listing, entry);
 }
 
-bool FindClose(FindHandle handle) {
-  if (handle == nullptr) {
-    SetLastError(kErrorInvalidHandle);
-    return false;
-  }
-  auto* state = static_cast<FindState*>(handle);
-  ::closedir(state->dir);
-  delete state;
-  return true;
+void CloseListing(ListingHandle listing) {
+  if (listing == nullptr) return;
+  ::closedir(listing->dir);
+  delete listing;
 }
 
 // --- current directory --------------------------------------------------------
 
-std::optional<UTF16String> GetCurrentDirectory() {
+Result<UTF16String> CurrentDirectory() {
   std::vector<char> buffer(PATH_MAX);
   while (::getcwd(buffer.data(), buffer.size()) == nullptr) {
-    if (errno != ERANGE) {
-      SetLastErrorFromErrno(errno);
-      return std::nullopt;
-    }
+    if (errno != ERANGE) return Failed(errno);
     buffer.resize(buffer.size() * 2);
   }
   return LibraryPath(buffer.data());
 }
 
-bool SetCurrentDirectory(const UTF16String& path) {
+Status ChangeDirectory(const UTF16String& path) {
   const std::string native = NativePath(path);
-  if (native.empty() || ::chdir(native.c_str()) != 0) {
-    if (native.empty()) {
-      SetLastError(kErrorPathNotFound);
-    } else {
-      SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, native);
-    }
-    return false;
-  }
-  return true;
+  if (native.empty()) return Status::Failure(kErrorPathNotFound);
+  if (::chdir(native.c_str()) != 0) return Failed(errno, native);
+  return Status::Ok();
 }
 
 // --- free space ---------------------------------------------------------------
 
-namespace {
-FreeSpaceAnswer gFreeSpaceAnswer = nullptr;
-}
-
-void SetFreeSpaceAnswerForTesting(FreeSpaceAnswer answer) { gFreeSpaceAnswer = answer; }
-
-bool GetDiskFreeSpaceEx(const UTF16String& path, std::uint64_t* freeBytesAvailable) {
-  if (gFreeSpaceAnswer != nullptr) return gFreeSpaceAnswer(path, freeBytesAvailable);
+Result<std::uint64_t> SystemFreeSpace(const UTF16String& path) {
   const std::string native = NativePath(path);
-  if (native.empty()) {
-    SetLastError(kErrorPathNotFound);
-    return false;
-  }
+  if (native.empty()) return Status::Failure(kErrorPathNotFound);
   struct statvfs vfs {};
   if (::statvfs(native.c_str(), &vfs) != 0) {
     const int error = errno;
-    SetLastError(error == ENOENT ? kErrorPathNotFound : posix::MapErrno(error));
-    return false;
+    return Status::Failure(error == ENOENT ? kErrorPathNotFound : posix::MapErrno(error));
   }
-  *freeBytesAvailable =
-      static_cast<std::uint64_t>(vfs.f_bavail) * static_cast<std::uint64_t>(vfs.f_frsize);
-  return true;
+  return static_cast<std::uint64_t>(vfs.f_bavail) * static_cast<std::uint64_t>(vfs.f_frsize);
 }
 
 // --- temporary names ------------------------------------------------------------
 
-UTF16String GetTempPath() {
+Result<UTF16String> TempDirectory() {
   const char* value = std::getenv("TMPDIR");
   std::string native = (value != nullptr && value[0] != 0) ? value : "/tmp";
   UTF16String path = LibraryPath(native);
@@ -326,26 +294,21 @@ UTF16String GetTempPath() {
 }
 
 namespace {
-// Creates an empty file that must not exist yet; false with the last error set.
-bool CreateNewEmpty(const UTF16String& path) {
+// Creates an empty file that must not exist yet.
+Status CreateNewEmpty(const UTF16String& path) {
   const Result<OpenedFile> file =
       OpenFile(path, kGenericWrite, kFileShareRead, kCreateNew, kFileAttributeNormal);
-  if (!file) {
-    SetLastError(file.Error());
-    return false;
-  }
+  if (!file) return Status::Failure(file.Error());
   (void)CloseFile(file->handle);
-  return true;
+  return Status::Ok();
 }
 }  // namespace
 
-std::uint32_t GetTempFileName(const UTF16String& folder, const UTF16String& prefix,
-                              UTF16String* out) {
+Result<UTF16String> CreateTempFile(const UTF16String& folder, const UTF16String& prefix) {
   struct stat st {};
   const std::string nativeFolder = NativePath(folder);
   if (nativeFolder.empty() || ::stat(nativeFolder.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
-    SetLastError(kErrorDirectory);
-    return 0;
+    return Status::Failure(kErrorDirectory);
   }
   UTF16String base = folder;
   if (base.back() != '\\' && base.back() != '/') base.push_back('\\');
@@ -357,15 +320,12 @@ std::uint32_t GetTempFileName(const UTF16String& folder, const UTF16String& pref
     std::string hex;
     for (std::uint32_t v = unique; v != 0; v >>= 4) hex.insert(hex.begin(), kHex[v & 0xF]);
     UTF16String candidate = base + basalt::UTF8to16(hex + ".tmp");
-    if (CreateNewEmpty(candidate)) {
-      *out = candidate;
-      return unique;
-    }
-    if (GetLastError() != kErrorFileExists) return 0;
+    const Status made = CreateNewEmpty(candidate);
+    if (made) return candidate;
+    if (made.Error() != kErrorFileExists) return made;
     unique = (unique + 1) & 0xFFFFu;
   }
-  SetLastError(kErrorFileExists);
-  return 0;
+  return Status::Failure(kErrorFileExists);
 }
 
 // --- copy, move, delete -----------------------------------------------------------
@@ -379,8 +339,11 @@ struct Handle {
   }
 };
 
-bool CopyNative(const std::string& source, const std::string& target, CopyProgressRoutine progress,
-                void* data, const int* cancel, bool failIfExists) {
+// Copies `sourcePath` to `targetPath`, whose native forms are `source` and
+// `target`. False with the last error set (the file calls report that way).
+bool CopyNative(const UTF16String& sourcePath, const std::string& source,
+                const UTF16String& targetPath, const std::string& target,
+                CopyProgressRoutine progress, void* data, const int* cancel, bool failIfExists) {
   struct stat sst {};
   if (::stat(source.c_str(), &sst) != 0) {
     SetLastErrorFromErrno(errno, ExistsAs::kFileExists, source);
@@ -395,8 +358,6 @@ bool CopyNative(const std::string& source, const std::string& target, CopyProgre
     SetLastError(kErrorSharingViolation);  // a file copied onto itself
     return false;
   }
-  const UTF16String sourcePath = LibraryPath(source);
-  const UTF16String targetPath = LibraryPath(target);
   Handle in;
   const Result<OpenedFile> opened =
       OpenFile(sourcePath, kGenericRead, kFileShareRead, kOpenExisting, kFileFlagSequentialScan);
@@ -474,15 +435,17 @@ bool CopyNative(const std::string& source, const std::string& target, CopyProgre
 
 }  // namespace
 
-bool CopyFileEx(const UTF16String& source, const UTF16String& target, CopyProgressRoutine progress,
-                void* data, const int* cancel, bool failIfExists) {
+Status CopyFileContents(const UTF16String& source, const UTF16String& target,
+                        CopyProgressRoutine progress, void* data, const int* cancel,
+                        bool failIfExists) {
   const std::string nativeSource = NativePath(source);
   const std::string nativeTarget = NativePath(target);
-  if (nativeSource.empty() || nativeTarget.empty()) {
-    SetLastError(kErrorPathNotFound);
-    return false;
+  if (nativeSource.empty() || nativeTarget.empty()) return Status::Failure(kErrorPathNotFound);
+  if (CopyNative(source, nativeSource, target, nativeTarget, progress, data, cancel,
+                 failIfExists)) {
+    return Status::Ok();
   }
-  return CopyNative(nativeSource, nativeTarget, progress, data, cancel, failIfExists);
+  return Status::Failure(GetLastError() != 0 ? GetLastError() : kErrorGenFailure);
 }
 
 namespace {
@@ -513,56 +476,32 @@ bool RenameNoReplace(const std::string& from, const std::string& to) {
 
 }  // namespace
 
-bool MoveFile(const UTF16String& source, const UTF16String& target) {
+Status MoveNoReplace(const UTF16String& source, const UTF16String& target) {
   const std::string from = NativePath(source);
   const std::string to = NativePath(target);
-  if (from.empty() || to.empty()) {
-    SetLastError(kErrorPathNotFound);
-    return false;
-  }
-  if (RenameNoReplace(from, to)) return true;
+  if (from.empty() || to.empty()) return Status::Failure(kErrorPathNotFound);
+  if (RenameNoReplace(from, to)) return Status::Ok();
   const int error = errno;
-  if (error != EXDEV) {
-    SetLastErrorFromErrno(error, ExistsAs::kAlreadyExists, error == ENOENT ? from : to);
-    return false;
-  }
+  if (error != EXDEV) return Failed(error, error == ENOENT ? from : to);
   struct stat st {};
   if (::lstat(from.c_str(), &st) != 0 || S_ISDIR(st.st_mode)) {
-    SetLastError(kErrorNotSameDevice);
-    return false;
+    return Status::Failure(kErrorNotSameDevice);
   }
-  if (!CopyNative(from, to, nullptr, nullptr, nullptr, true)) {
-    if (GetLastError() == kErrorFileExists) SetLastError(kErrorAlreadyExists);
-    return false;
+  if (!CopyNative(source, from, target, to, nullptr, nullptr, nullptr, true)) {
+    const ErrorCode copyError = GetLastError() != 0 ? GetLastError() : kErrorGenFailure;
+    return Status::Failure(copyError == kErrorFileExists ? kErrorAlreadyExists : copyError);
   }
   if (::unlink(from.c_str()) != 0) {
     const int unlinkError = errno;
     ::unlink(to.c_str());
-    SetLastErrorFromErrno(unlinkError, ExistsAs::kAlreadyExists, from);
-    return false;
+    return Failed(unlinkError, from);
   }
-  return true;
+  return Status::Ok();
 }
 
 // --- trash ------------------------------------------------------------------------
 
 namespace {
-
-bool MakeFolderChain(const std::string& native, mode_t mode) {
-  std::size_t pos = 1;
-  while (pos <= native.size()) {
-    std::size_t slash = native.find('/', pos);
-    if (slash == std::string::npos) slash = native.size();
-    const std::string level = native.substr(0, slash);
-    pos = slash + 1;
-    if (level.empty() || level.back() == '/') continue;
-    if (::mkdir(level.c_str(), mode) != 0) {
-      struct stat st {};
-      if (errno != EEXIST || ::stat(level.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return false;
-    }
-  }
-  return true;
-}
 
 std::string PercentEncode(const std::string& path) {
   static const char kHex[] = "0123456789ABCDEF";
@@ -617,18 +556,12 @@ std::string AbsoluteOf(const std::string& native) {
 
 }  // namespace
 
-std::uint32_t MoveToTrash(const UTF16String& path) {
-  auto fail = [](std::uint32_t code) {
-    SetLastError(code);
-    return code;
-  };
+Status MoveToTrash(const UTF16String& path) {
+  const auto fail = [](ErrorCode code) { return Status::Failure(code); };
   const std::string native = NativePath(path);
   if (native.empty()) return fail(kErrorPathNotFound);
   struct stat item {};
-  if (::lstat(native.c_str(), &item) != 0) {
-    SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, native);
-    return GetLastError();
-  }
+  if (::lstat(native.c_str(), &item) != 0) return Failed(errno, native);
   const std::string absolute = AbsoluteOf(native);
   if (absolute.empty()) return fail(kErrorPathNotFound);
 
@@ -656,10 +589,8 @@ std::uint32_t MoveToTrash(const UTF16String& path) {
       return fail(kErrorAccessDenied);  // not a trash this user may trust
     }
   }
-  if (!MakeFolderChain(trash + "/files", 0700) || !MakeFolderChain(trash + "/info", 0700)) {
-    SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, trash);
-    return GetLastError();
-  }
+  if (const Status made = MakeFolderChain(trash + "/files", 0700); !made) return made;
+  if (const Status made = MakeFolderChain(trash + "/info", 0700); !made) return made;
 
   // The record first, created exclusively under a name free in both folders.
   const std::string base = BaseName(absolute);
@@ -672,8 +603,7 @@ std::uint32_t MoveToTrash(const UTF16String& path) {
     const int fd = ::open(infoPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (fd < 0) {
       if (errno == EEXIST) continue;
-      SetLastErrorFromErrno(errno, ExistsAs::kFileExists, infoPath);
-      return GetLastError();
+      return Failed(errno, infoPath, ExistsAs::kFileExists);
     }
     struct stat existing {};
     if (::lstat((trash + "/files/" + name).c_str(), &existing) == 0) {
@@ -700,22 +630,18 @@ std::uint32_t MoveToTrash(const UTF16String& path) {
   if (!RenameNoReplace(native, trash + "/files/" + name)) {
     const int error = errno;
     ::unlink(infoPath.c_str());
-    SetLastErrorFromErrno(error, ExistsAs::kAlreadyExists, native);
-    return GetLastError();
+    return Failed(error, native);
   }
-  return kErrorSuccess;
+  return Status::Ok();
 }
 
 // --- the executable ----------------------------------------------------------------
 
-UTF16String GetModuleFileName() {
+Result<UTF16String> ExecutablePath() {
   std::vector<char> buffer(PATH_MAX);
   for (;;) {
     const ssize_t n = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
-    if (n < 0) {
-      SetLastErrorFromErrno(errno);
-      return {};
-    }
+    if (n < 0) return Failed(errno);
     if (static_cast<std::size_t>(n) < buffer.size()) {
       return LibraryPath(std::string(buffer.data(), static_cast<std::size_t>(n)));
     }

@@ -1,5 +1,5 @@
 // POSIX backend of the OS layer: globally unique identifiers.
-// Only code that works on every POSIX system the library supports belongs here.
+// Needs getrandom(2) (Linux 3.17, glibc 2.25); there is no fallback source.
 #include <sys/random.h>
 
 #include <atomic>

@@ -1,5 +1,5 @@
 // POSIX backend of the OS layer: loadable modules and their resources.
-// Only code that works on every POSIX system the library supports belongs here.
+// Needs Linux and glibc: <elf.h>, dlinfo(RTLD_DI_LINKMAP) and /proc/self/exe.
 #include <dlfcn.h>
 #include <elf.h>
 #include <fcntl.h>
@@ -188,39 +188,31 @@ ModuleState* StateFor(ModuleHandle module) {
   return &Table()[module];
 }
 
-ModuleHandle MapDataFile(UTF16StringView libraryPath) {
+Result<ModuleHandle> MapDataFile(UTF16StringView libraryPath) {
   const std::string path = posix::NativePath(libraryPath);
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) {
-    posix::SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, path);
-    return nullptr;
-  }
+  if (fd < 0) return Status::Failure(posix::MapErrno(errno, ExistsAs::kAlreadyExists, path));
   struct stat info {};
   if (::fstat(fd, &info) != 0) {
-    posix::SetLastErrorFromErrno(errno);
+    const int error = errno;
     ::close(fd);
-    return nullptr;
+    return Status::Failure(posix::MapErrno(error));
   }
   if (S_ISDIR(info.st_mode)) {
     ::close(fd);
-    SetLastError(kErrorAccessDenied);
-    return nullptr;
+    return Status::Failure(kErrorAccessDenied);
   }
   unsigned char magic[SELFMAG] = {};
   if (info.st_size < static_cast<off_t>(sizeof(Elf32_Ehdr)) ||
       ::pread(fd, magic, SELFMAG, 0) != SELFMAG || std::memcmp(magic, ELFMAG, SELFMAG) != 0) {
     ::close(fd);
-    SetLastError(kErrorBadExeFormat);
-    return nullptr;
+    return Status::Failure(kErrorBadExeFormat);
   }
   const auto size = static_cast<std::size_t>(info.st_size);
   void* mapping = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
   const int mapError = errno;
   ::close(fd);
-  if (mapping == MAP_FAILED) {
-    posix::SetLastErrorFromErrno(mapError);
-    return nullptr;
-  }
+  if (mapping == MAP_FAILED) return Status::Failure(posix::MapErrno(mapError));
   auto* handle = static_cast<unsigned char*>(mapping) + 1;
   std::lock_guard<std::mutex> lock(TableMutex());
   ModuleState& state = Table()[handle];
@@ -228,55 +220,40 @@ ModuleHandle MapDataFile(UTF16StringView libraryPath) {
   state.mapping = mapping;
   state.mappingSize = size;
   state.loads = 1;
-  return handle;
+  return static_cast<ModuleHandle>(handle);
 }
 
 }  // namespace
 
-ModuleHandle LoadLibraryEx(UTF16StringView libraryPath, std::uint32_t flags) {
+Result<ModuleHandle> LoadModule(UTF16StringView libraryPath, std::uint32_t flags) {
   if ((flags & kLoadLibraryAsDatafile) != 0) return MapDataFile(libraryPath);
   const std::string path = posix::NativePath(libraryPath);
   // dlopen may run the module's constructors, which may load modules in turn:
   // the table lock is taken only afterwards.
   void* module = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (module == nullptr) {
-    SetLastError(kErrorModNotFound);
-    return nullptr;
-  }
+  if (module == nullptr) return Status::Failure(kErrorModNotFound);
   std::lock_guard<std::mutex> lock(TableMutex());
   ++Table()[module].loads;
   return module;
 }
 
-void* GetProcAddress(ModuleHandle module, const char* name) {
-  if (module == nullptr) {
-    SetLastError(kErrorInvalidHandle);
-    return nullptr;
-  }
-  if (IsDataFileHandle(module) || name == nullptr) {
-    SetLastError(kErrorProcNotFound);
-    return nullptr;
-  }
+Result<void*> FindSymbol(ModuleHandle module, const char* name) {
+  if (module == nullptr) return Status::Failure(kErrorInvalidHandle);
+  if (IsDataFileHandle(module) || name == nullptr) return Status::Failure(kErrorProcNotFound);
   void* address = ::dlsym(module, name);
-  if (address == nullptr) SetLastError(kErrorProcNotFound);
+  if (address == nullptr) return Status::Failure(kErrorProcNotFound);
   return address;
 }
 
-bool FreeLibrary(ModuleHandle module) {
-  if (module == nullptr) {
-    SetLastError(kErrorInvalidHandle);
-    return false;
-  }
+Status UnloadModule(ModuleHandle module) {
+  if (module == nullptr) return Status::Failure(kErrorInvalidHandle);
   void* unmapAddress = nullptr;
   std::size_t unmapSize = 0;
   {
     std::lock_guard<std::mutex> lock(TableMutex());
     auto found = Table().find(module);
     if (found == Table().end()) {
-      if (IsDataFileHandle(module)) {
-        SetLastError(kErrorInvalidHandle);
-        return false;
-      }
+      if (IsDataFileHandle(module)) return Status::Failure(kErrorInvalidHandle);
     } else if (--found->second.loads <= 0) {
       unmapAddress = found->second.mapping;
       unmapSize = found->second.mappingSize;
@@ -285,57 +262,45 @@ bool FreeLibrary(ModuleHandle module) {
   }
   if (IsDataFileHandle(module)) {
     if (unmapAddress != nullptr) ::munmap(unmapAddress, unmapSize);
-    return true;
+    return Status::Ok();
   }
-  if (::dlclose(module) != 0) {
-    SetLastError(kErrorInvalidHandle);
-    return false;
-  }
-  return true;
+  if (::dlclose(module) != 0) return Status::Failure(kErrorInvalidHandle);
+  return Status::Ok();
 }
 
-bool EnumResourceNames(ModuleHandle module, const char* type, EnumResourceNameProc proc,
+Status ForEachResource(ModuleHandle module, const char* type, EnumResourceNameProc proc,
                        std::intptr_t param) {
   std::vector<std::uintptr_t> names;
   {
     std::lock_guard<std::mutex> lock(TableMutex());
     ModuleState* state = StateFor(module);
-    if (state == nullptr) {
-      SetLastError(kErrorInvalidHandle);
-      return false;
-    }
+    if (state == nullptr) return Status::Failure(kErrorInvalidHandle);
     EnsureResources(module, *state);
     for (const auto& resource : state->resources) {
       if (type != nullptr && resource->type == type) names.push_back(resource->id);
     }
   }
-  if (names.empty()) {
-    SetLastError(kErrorResourceTypeNotFound);
-    return false;
-  }
+  if (names.empty()) return Status::Failure(kErrorResourceTypeNotFound);
   // The callbacks run without the table lock: they may call back into the layer.
   for (std::uintptr_t name : names) {
     if (proc == nullptr || !proc(module, type, name, param)) break;
   }
-  return true;
+  return Status::Ok();
 }
 
-ResourceHandle FindResource(ModuleHandle module, std::uintptr_t name, const char* type) {
+Result<ResourceHandle> FindModuleResource(ModuleHandle module, std::uintptr_t name,
+                                          const char* type) {
   std::lock_guard<std::mutex> lock(TableMutex());
   ModuleState* state = StateFor(module);
-  if (state == nullptr) {
-    SetLastError(kErrorInvalidHandle);
-    return nullptr;
-  }
+  if (state == nullptr) return Status::Failure(kErrorInvalidHandle);
   EnsureResources(module, *state);
   bool typeSeen = false;
   for (const auto& resource : state->resources) {
     if (type == nullptr || resource->type != type) continue;
     typeSeen = true;
-    if (resource->id == name) return resource.get();
+    if (resource->id == name) return static_cast<ResourceHandle>(resource.get());
   }
-  SetLastError(typeSeen ? kErrorResourceNameNotFound : kErrorResourceTypeNotFound);
-  return nullptr;
+  return Status::Failure(typeSeen ? kErrorResourceNameNotFound : kErrorResourceTypeNotFound);
 }
 
 ResourceHandle LoadResource(ModuleHandle /*module*/, ResourceHandle resource) {

@@ -1,7 +1,5 @@
 // POSIX backend of the OS layer: event objects, the process-wide barrier.
-// Only code that works on every POSIX system the library supports belongs here;
-// the barrier is Linux's membarrier(2), guarded, and reported unavailable
-// elsewhere.
+// Events are plain POSIX; the barrier is Linux's membarrier(2), reported unavailable elsewhere.
 #if defined(__has_include)
 #if __has_include(<linux/membarrier.h>)
 #include <linux/membarrier.h>
@@ -29,22 +27,16 @@ struct Event {
   bool signalled = false;
 };
 
-EventHandle CreateEvent(bool manualReset, bool initialState) {
+Result<EventHandle> NewEvent(bool manualReset, bool initialState) {
   auto* event = new (std::nothrow) Event;
-  if (event == nullptr) {
-    SetLastError(kErrorNotEnoughMemory);
-    return nullptr;
-  }
+  if (event == nullptr) return Status::Failure(kErrorNotEnoughMemory);
   event->manualReset = manualReset;
   event->signalled = initialState;
   return event;
 }
 
-bool SetEvent(EventHandle event) {
-  if (event == nullptr) {
-    SetLastError(kErrorInvalidHandle);
-    return false;
-  }
+Status SignalEvent(EventHandle event) {
+  if (event == nullptr) return Status::Failure(kErrorInvalidHandle);
   {
     std::lock_guard<std::mutex> lock(event->mutex);
     event->signalled = true;
@@ -56,24 +48,18 @@ bool SetEvent(EventHandle event) {
   } else {
     event->changed.notify_one();
   }
-  return true;
+  return Status::Ok();
 }
 
-bool ResetEvent(EventHandle event) {
-  if (event == nullptr) {
-    SetLastError(kErrorInvalidHandle);
-    return false;
-  }
+Status ClearEvent(EventHandle event) {
+  if (event == nullptr) return Status::Failure(kErrorInvalidHandle);
   std::lock_guard<std::mutex> lock(event->mutex);
   event->signalled = false;
-  return true;
+  return Status::Ok();
 }
 
-std::uint32_t WaitForSingleObject(EventHandle event, std::uint32_t milliseconds) {
-  if (event == nullptr) {
-    SetLastError(kErrorInvalidHandle);
-    return kWaitFailed;
-  }
+Result<std::uint32_t> WaitForEvent(EventHandle event, std::uint32_t milliseconds) {
+  if (event == nullptr) return Status::Failure(kErrorInvalidHandle);
   std::unique_lock<std::mutex> lock(event->mutex);
   const auto isSignalled = [event] { return event->signalled; };
   if (milliseconds == kInfinite) {
@@ -85,13 +71,10 @@ std::uint32_t WaitForSingleObject(EventHandle event, std::uint32_t milliseconds)
   return kWaitObject0;
 }
 
-bool CloseHandle(EventHandle event) {
-  if (event == nullptr) {
-    SetLastError(kErrorInvalidHandle);
-    return false;
-  }
+Status DestroyEvent(EventHandle event) {
+  if (event == nullptr) return Status::Failure(kErrorInvalidHandle);
   delete event;
-  return true;
+  return Status::Ok();
 }
 
 #if defined(TOV_HAVE_MEMBARRIER) && defined(SYS_membarrier)

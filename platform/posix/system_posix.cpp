@@ -1,5 +1,5 @@
 // POSIX backend of the OS layer: process, thread, clock and environment.
-// Only code that works on every POSIX system the library supports belongs here.
+// Needs Linux for SYS_gettid; malloc_trim only with glibc (else nothing).
 #include <sys/syscall.h>
 #include <time.h>
 #include <unistd.h>

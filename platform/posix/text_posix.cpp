@@ -1,5 +1,5 @@
-// POSIX backend of the OS layer: system code page, C-runtime multibyte text, error messages.
-// Only code that works on every POSIX system belongs here.
+// POSIX backend of the OS layer: narrow text, C-runtime multibyte text, error messages.
+// Needs POSIX.1-2008 thread locales (newlocale, uselocale, nl_langinfo).
 #include <langinfo.h>
 #include <locale.h>
 
@@ -15,6 +15,10 @@
 #include "platform/text.h"
 
 namespace tovimpl::platform {
+
+UTF16String NarrowToUTF16(std::string_view text) { return basalt::UTF8to16(text); }
+
+std::string UTF16ToNarrow(UTF16StringView text) { return basalt::UTF16to8(text); }
 
 namespace {
 
@@ -32,38 +36,6 @@ bool CodesetIsAscii() {
 void Fail(std::uint32_t code) { SetLastError(code); }
 
 }  // namespace
-
-std::int32_t MultiByteToWideChar(std::uint32_t codePage, std::uint32_t flags, const char* text,
-                                 std::int32_t length, unsigned short* out, std::int32_t outCount) {
-  if (text == nullptr || length == 0 || length < -1 || outCount < 0 ||
-      (out == nullptr && outCount != 0)) {
-    Fail(kErrorInvalidParameter);
-    return 0;
-  }
-  if (codePage != kCodePageAnsi && codePage != kCodePageUTF8) {
-    Fail(kErrorInvalidParameter);
-    return 0;
-  }
-  if (flags != 0) {
-    Fail(kErrorInvalidFlags);
-    return 0;
-  }
-  const std::size_t bytes = length == -1 ? std::strlen(text) + 1 : static_cast<std::size_t>(length);
-  const UTF16String wide = basalt::UTF8to16(text, bytes);
-  if (wide.size() > static_cast<std::size_t>(INT32_MAX)) {
-    Fail(kErrorInvalidParameter);
-    return 0;
-  }
-  const auto needed = static_cast<std::int32_t>(wide.size());
-  if (outCount == 0) return needed;
-  if (outCount < needed) {
-    std::memcpy(out, wide.data(), static_cast<std::size_t>(outCount) * sizeof(unsigned short));
-    Fail(kErrorInsufficientBuffer);
-    return 0;
-  }
-  std::memcpy(out, wide.data(), wide.size() * sizeof(unsigned short));
-  return needed;
-}
 
 std::size_t MultiByteToUTF16(char16_t* out, const char* text, std::size_t count) {
   const bool measuring = out == nullptr;

@@ -1,171 +1,148 @@
 // Win32 backend of the OS layer: the file system outside of open files.
 // Only code that works on every supported Windows version belongs here.
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/error.h"
 #include "platform/file.h"
 #include "platform/fs.h"
+#include "platform/fs_backend.h"
 #include "platform/win32/win32_support.h"
 
 namespace tovimpl::platform {
 
+namespace {
+
+// The failure the last system call left, or `fallback` when it left none.
+Status LastFailure(ErrorCode fallback = kErrorGenFailure) {
+  return Status::Failure(win32::LastErrorOr(fallback));
+}
+
+}  // namespace
+
 // --- attributes ---------------------------------------------------------------
 
-std::uint32_t GetFileAttributes(const UTF16String& path) {
+Result<std::uint32_t> ReadAttributes(const UTF16String& path) {
   const DWORD attributes = ::GetFileAttributesW(win32::WidePath(path).c_str());
-  if (attributes == INVALID_FILE_ATTRIBUTES) win32::KeepFailureCode(kErrorFileNotFound);
+  if (attributes == INVALID_FILE_ATTRIBUTES) return LastFailure(kErrorFileNotFound);
   return static_cast<std::uint32_t>(attributes);
 }
 
-bool GetFileAttributesEx(const UTF16String& path, FileAttributeData* data) {
+Result<FileInfo> ReadFileInfo(const UTF16String& path) {
   WIN32_FILE_ATTRIBUTE_DATA found{};
   if (!::GetFileAttributesExW(win32::WidePath(path).c_str(), GetFileExInfoStandard, &found)) {
-    win32::KeepFailureCode(kErrorFileNotFound);
-    return false;
+    return LastFailure(kErrorFileNotFound);
   }
-  data->attributes = found.dwFileAttributes;
-  data->creationTime = win32::FileTimeValue(found.ftCreationTime);
-  data->lastAccessTime = win32::FileTimeValue(found.ftLastAccessTime);
-  data->lastWriteTime = win32::FileTimeValue(found.ftLastWriteTime);
-  data->size = (static_cast<std::uint64_t>(found.nFileSizeHigh) << 32) | found.nFileSizeLow;
-  return true;
+  FileInfo info{};
+  info.attributes = found.dwFileAttributes;
+  info.creationTime = win32::FileTimeValue(found.ftCreationTime);
+  info.lastAccessTime = win32::FileTimeValue(found.ftLastAccessTime);
+  info.lastWriteTime = win32::FileTimeValue(found.ftLastWriteTime);
+  info.size = (static_cast<std::uint64_t>(found.nFileSizeHigh) << 32) | found.nFileSizeLow;
+  return info;
 }
 
 // --- folders ----------------------------------------------------------------
 
-std::uint32_t CreateDirectoryWithParents(const UTF16String& path) {
+Status CreateDirectories(const UTF16String& path) {
   // The shell splits the path at backslashes only.
   std::wstring wide = win32::WidePath(path);
   for (wchar_t& unit : wide) {
     if (unit == L'/') unit = L'\\';
   }
-  const int result = ::SHCreateDirectoryExW(nullptr, wide.c_str(), nullptr);
-  ::SetLastError(static_cast<DWORD>(result));
-  return static_cast<std::uint32_t>(result);
+  return Status::FromCode(
+      static_cast<ErrorCode>(::SHCreateDirectoryExW(nullptr, wide.c_str(), nullptr)));
 }
 
-// --- enumeration ------------------------------------------------------------
+// --- listing ------------------------------------------------------------------
+
+struct ListingState {
+  HANDLE find;
+};
 
 namespace {
 
-void Fill(const WIN32_FIND_DATAW& found, FindData* data) {
-  data->attributes = found.dwFileAttributes;
-  data->name = win32::FromWide(found.cFileName);
+void Fill(const WIN32_FIND_DATAW& found, ListingEntry* entry) {
+  entry->attributes = found.dwFileAttributes;
+  entry->name = win32::FromWide(found.cFileName);
 }
 
 }  // namespace
 
-// FindFirstFileW matches in the system itself; this is the same rule written
-// out, for the tests that check the rule's table on every platform.
+// FindFirstFileW matches in the system itself; MatchesPattern (platform/fs.cpp)
+// is the same rule written out, for the tests that check the rule's table on
+// every platform.
 
-FindHandle FindFirstFile(const UTF16String& pattern, FindData* data) {
+Result<ListingHandle> OpenListing(const UTF16String& pattern, ListingEntry* first) {
   WIN32_FIND_DATAW found{};
-  const HANDLE handle = ::FindFirstFileW(win32::WidePath(pattern).c_str(), &found);
-  if (handle == INVALID_HANDLE_VALUE) {
-    win32::KeepFailureCode(kErrorFileNotFound);
-    return nullptr;
-  }
-  Fill(found, data);
-  return handle;
+  const HANDLE find = ::FindFirstFileW(win32::WidePath(pattern).c_str(), &found);
+  if (find == INVALID_HANDLE_VALUE) return LastFailure(kErrorFileNotFound);
+  Fill(found, first);
+  return new ListingState{find};
 }
 
-bool FindNextFile(FindHandle handle, FindData* data) {
-  if (handle == nullptr) {
-    ::SetLastError(ERROR_INVALID_HANDLE);
-    return false;
-  }
+Status NextListingEntry(ListingHandle listing, ListingEntry* entry) {
+  if (listing == nullptr) return Status::Failure(kErrorInvalidHandle);
   WIN32_FIND_DATAW found{};
-  if (!::FindNextFileW(static_cast<HANDLE>(handle), &found)) {
-    win32::KeepFailureCode(kErrorNoMoreFiles);
-    return false;
-  }
-  Fill(found, data);
-  return true;
+  if (!::FindNextFileW(listing->find, &found)) return LastFailure(kErrorNoMoreFiles);
+  Fill(found, entry);
+  return Status::Ok();
 }
 
-bool FindClose(FindHandle handle) {
-  if (handle == nullptr) {
-    ::SetLastError(ERROR_INVALID_HANDLE);
-    return false;
-  }
-  if (!::FindClose(static_cast<HANDLE>(handle))) {
-    win32::KeepFailureCode(kErrorInvalidHandle);
-    return false;
-  }
-  return true;
+void CloseListing(ListingHandle listing) {
+  if (listing == nullptr) return;
+  ::FindClose(listing->find);
+  delete listing;
 }
 
 // --- current directory --------------------------------------------------------
 
-std::optional<UTF16String> GetCurrentDirectory() {
+Result<UTF16String> CurrentDirectory() {
   std::vector<wchar_t> buffer(MAX_PATH + 1);
   for (;;) {
     const DWORD length = ::GetCurrentDirectoryW(static_cast<DWORD>(buffer.size()), buffer.data());
-    if (length == 0) {
-      win32::KeepFailureCode();
-      return std::nullopt;
-    }
+    if (length == 0) return LastFailure();
     if (length < buffer.size()) return win32::FromWide(buffer.data(), length);
     buffer.resize(length);  // too small: `length` counts the NUL
   }
 }
 
-bool SetCurrentDirectory(const UTF16String& path) {
+Status ChangeDirectory(const UTF16String& path) {
   if (!::SetCurrentDirectoryW(win32::WidePath(path).c_str())) {
-    win32::KeepFailureCode(kErrorPathNotFound);
-    return false;
+    return LastFailure(kErrorPathNotFound);
   }
-  return true;
+  return Status::Ok();
 }
 
 // --- free space ---------------------------------------------------------------
 
-namespace {
-FreeSpaceAnswer gFreeSpaceAnswer = nullptr;
-}
-
-void SetFreeSpaceAnswerForTesting(FreeSpaceAnswer answer) { gFreeSpaceAnswer = answer; }
-
-bool GetDiskFreeSpaceEx(const UTF16String& path, std::uint64_t* freeBytesAvailable) {
-  if (gFreeSpaceAnswer != nullptr) return gFreeSpaceAnswer(path, freeBytesAvailable);
+Result<std::uint64_t> SystemFreeSpace(const UTF16String& path) {
   ULARGE_INTEGER available{};
   if (!::GetDiskFreeSpaceExW(win32::WidePath(path).c_str(), &available, nullptr, nullptr)) {
-    win32::KeepFailureCode(kErrorPathNotFound);
-    return false;
+    return LastFailure(kErrorPathNotFound);
   }
-  *freeBytesAvailable = available.QuadPart;
-  return true;
+  return static_cast<std::uint64_t>(available.QuadPart);
 }
 
 // --- temporary names ------------------------------------------------------------
 
-UTF16String GetTempPath() {
+Result<UTF16String> TempDirectory() {
   std::vector<wchar_t> buffer(MAX_PATH + 1);
   for (;;) {
     const DWORD length = ::GetTempPathW(static_cast<DWORD>(buffer.size()), buffer.data());
-    if (length == 0) {
-      win32::KeepFailureCode();
-      return {};
-    }
+    if (length == 0) return LastFailure();
     if (length < buffer.size()) return win32::FromWide(buffer.data(), length);
     buffer.resize(length + 1);
   }
 }
 
-std::uint32_t GetTempFileName(const UTF16String& folder, const UTF16String& prefix,
-                              UTF16String* out) {
+Result<UTF16String> CreateTempFile(const UTF16String& folder, const UTF16String& prefix) {
   wchar_t buffer[MAX_PATH + 1] = {};
   const UINT unique = ::GetTempFileNameW(win32::WidePath(folder).c_str(),
                                          win32::WidePath(prefix).c_str(), 0, buffer);
-  if (unique == 0) {
-    win32::KeepFailureCode(kErrorDirectory);
-    return 0;
-  }
-  *out = win32::FromWide(buffer);
-  return static_cast<std::uint32_t>(unique);
+  if (unique == 0) return LastFailure(kErrorDirectory);
+  return win32::FromWide(buffer);
 }
 
 // --- copy and move ------------------------------------------------------------------
@@ -191,8 +168,9 @@ DWORD CALLBACK RelayProgress(LARGE_INTEGER totalFileSize, LARGE_INTEGER totalByt
 
 }  // namespace
 
-bool CopyFileEx(const UTF16String& source, const UTF16String& target, CopyProgressRoutine progress,
-                void* data, const int* cancel, bool failIfExists) {
+Status CopyFileContents(const UTF16String& source, const UTF16String& target,
+                        CopyProgressRoutine progress, void* data, const int* cancel,
+                        bool failIfExists) {
   ProgressRelay relay{progress, data};
   // BOOL is an int: the caller's flag is read by the system as it is.
   BOOL* cancelFlag = const_cast<BOOL*>(reinterpret_cast<const BOOL*>(cancel));
@@ -200,22 +178,19 @@ bool CopyFileEx(const UTF16String& source, const UTF16String& target, CopyProgre
                      progress != nullptr ? RelayProgress : nullptr,
                      progress != nullptr ? &relay : nullptr, cancelFlag,
                      failIfExists ? COPY_FILE_FAIL_IF_EXISTS : 0)) {
-    win32::KeepFailureCode();
-    return false;
+    return LastFailure();
   }
-  ::SetLastError(0);
-  return true;
+  return Status::Ok();
 }
 
-bool MoveFile(const UTF16String& source, const UTF16String& target) {
+Status MoveNoReplace(const UTF16String& source, const UTF16String& target) {
   if (!::MoveFileW(win32::WidePath(source).c_str(), win32::WidePath(target).c_str())) {
-    win32::KeepFailureCode();
-    return false;
+    return LastFailure();
   }
-  return true;
+  return Status::Ok();
 }
 
-std::uint32_t MoveToTrash(const UTF16String& path) {
+Status MoveToTrash(const UTF16String& path) {
   // The source list ends in two NULs.
   std::wstring from = win32::WidePath(path);
   from.push_back(L'\0');
@@ -225,22 +200,17 @@ std::uint32_t MoveToTrash(const UTF16String& path) {
   operation.pFrom = from.c_str();
   operation.pTo = nullptr;
   operation.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_ALLOWUNDO | FOF_NOERRORUI;
-  const int result = ::SHFileOperationW(&operation);
-  if (result != 0) ::SetLastError(static_cast<DWORD>(result));
-  return static_cast<std::uint32_t>(result);
+  return Status::FromCode(static_cast<ErrorCode>(::SHFileOperationW(&operation)));
 }
 
 // --- the executable ----------------------------------------------------------------
 
-UTF16String GetModuleFileName() {
+Result<UTF16String> ExecutablePath() {
   std::vector<wchar_t> buffer(MAX_PATH + 1);
   for (;;) {
     const DWORD length =
         ::GetModuleFileNameW(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
-    if (length == 0) {
-      win32::KeepFailureCode();
-      return {};
-    }
+    if (length == 0) return LastFailure();
     if (length < buffer.size()) return win32::FromWide(buffer.data(), length);
     buffer.resize(buffer.size() * 2);  // truncated
   }

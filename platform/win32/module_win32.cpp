@@ -14,12 +14,6 @@ namespace {
 
 HMODULE Native(ModuleHandle module) { return static_cast<HMODULE>(module); }
 
-bool Usable(ModuleHandle module) {
-  if (module != nullptr) return true;
-  ::SetLastError(ERROR_INVALID_HANDLE);
-  return false;
-}
-
 // What EnumResourceNamesA's callback needs to call the layer's callback.
 struct EnumRelay {
   EnumResourceNameProc proc;
@@ -43,50 +37,46 @@ std::map<HGLOBAL, HRSRC> gLoadedFrom;
 
 }  // namespace
 
-ModuleHandle LoadLibraryEx(UTF16StringView libraryPath, std::uint32_t flags) {
+Result<ModuleHandle> LoadModule(UTF16StringView libraryPath, std::uint32_t flags) {
   const HMODULE module = ::LoadLibraryExW(win32::WidePath(libraryPath).c_str(), nullptr,
                                           flags & kLoadLibraryAsDatafile);
-  if (module == nullptr) win32::KeepFailureCode(kErrorModNotFound);
-  return module;
+  if (module == nullptr) return Status::Failure(win32::LastErrorOr(kErrorModNotFound));
+  return static_cast<ModuleHandle>(module);
 }
 
-void* GetProcAddress(ModuleHandle module, const char* name) {
-  if (!Usable(module)) return nullptr;
+Result<void*> FindSymbol(ModuleHandle module, const char* name) {
+  if (module == nullptr) return Status::Failure(kErrorInvalidHandle);
   const FARPROC entry = ::GetProcAddress(Native(module), name);
-  if (entry == nullptr) win32::KeepFailureCode(kErrorProcNotFound);
+  if (entry == nullptr) return Status::Failure(win32::LastErrorOr(kErrorProcNotFound));
   return reinterpret_cast<void*>(entry);
 }
 
-bool FreeLibrary(ModuleHandle module) {
-  if (!Usable(module)) return false;
+Status UnloadModule(ModuleHandle module) {
+  if (module == nullptr) return Status::Failure(kErrorInvalidHandle);
   if (!::FreeLibrary(Native(module))) {
-    win32::KeepFailureCode(kErrorInvalidHandle);
-    return false;
+    return Status::Failure(win32::LastErrorOr(kErrorInvalidHandle));
   }
-  return true;
+  return Status::Ok();
 }
 
-bool EnumResourceNames(ModuleHandle module, const char* type, EnumResourceNameProc proc,
+Status ForEachResource(ModuleHandle module, const char* type, EnumResourceNameProc proc,
                        std::intptr_t param) {
-  if (!Usable(module)) return false;
+  if (module == nullptr) return Status::Failure(kErrorInvalidHandle);
   EnumRelay relay{proc, type, param, false};
   const BOOL finished = ::EnumResourceNamesA(Native(module), type, RelayResourceName,
                                              reinterpret_cast<LONG_PTR>(&relay));
   // The system answers FALSE also when the callback stopped the enumeration;
   // the layer counts that as a run.
-  if (finished || relay.ran) {
-    ::SetLastError(0);
-    return true;
-  }
-  win32::KeepFailureCode(kErrorResourceTypeNotFound);
-  return false;
+  if (finished || relay.ran) return Status::Ok();
+  return Status::Failure(win32::LastErrorOr(kErrorResourceTypeNotFound));
 }
 
-ResourceHandle FindResource(ModuleHandle module, std::uintptr_t name, const char* type) {
-  if (!Usable(module)) return nullptr;
+Result<ResourceHandle> FindModuleResource(ModuleHandle module, std::uintptr_t name,
+                                          const char* type) {
+  if (module == nullptr) return Status::Failure(kErrorInvalidHandle);
   const HRSRC found = ::FindResourceA(Native(module), MAKEINTRESOURCEA(name & 0xFFFFu), type);
-  if (found == nullptr) win32::KeepFailureCode(kErrorResourceNameNotFound);
-  return found;
+  if (found == nullptr) return Status::Failure(win32::LastErrorOr(kErrorResourceNameNotFound));
+  return static_cast<ResourceHandle>(found);
 }
 
 ResourceHandle LoadResource(ModuleHandle module, ResourceHandle resource) {

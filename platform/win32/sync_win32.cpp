@@ -11,60 +11,38 @@ namespace {
 HANDLE Native(EventHandle event) { return reinterpret_cast<HANDLE>(event); }
 }  // namespace
 
-EventHandle CreateEvent(bool manualReset, bool initialState) {
+Result<EventHandle> NewEvent(bool manualReset, bool initialState) {
   const HANDLE event =
       ::CreateEventW(nullptr, manualReset ? TRUE : FALSE, initialState ? TRUE : FALSE, nullptr);
-  if (event == nullptr) {
-    win32::KeepFailureCode();
-    return nullptr;
-  }
+  if (event == nullptr) return Status::Failure(win32::LastErrorOr());
   return reinterpret_cast<EventHandle>(event);
 }
 
-bool SetEvent(EventHandle event) {
-  if (event == nullptr) {
-    ::SetLastError(ERROR_INVALID_HANDLE);
-    return false;
-  }
-  if (!::SetEvent(Native(event))) {
-    win32::KeepFailureCode(kErrorInvalidHandle);
-    return false;
-  }
-  return true;
+Status SignalEvent(EventHandle event) {
+  if (event == nullptr) return Status::Failure(kErrorInvalidHandle);
+  if (!::SetEvent(Native(event))) return Status::Failure(win32::LastErrorOr(kErrorInvalidHandle));
+  return Status::Ok();
 }
 
-bool ResetEvent(EventHandle event) {
-  if (event == nullptr) {
-    ::SetLastError(ERROR_INVALID_HANDLE);
-    return false;
-  }
-  if (!::ResetEvent(Native(event))) {
-    win32::KeepFailureCode(kErrorInvalidHandle);
-    return false;
-  }
-  return true;
+Status ClearEvent(EventHandle event) {
+  if (event == nullptr) return Status::Failure(kErrorInvalidHandle);
+  if (!::ResetEvent(Native(event))) return Status::Failure(win32::LastErrorOr(kErrorInvalidHandle));
+  return Status::Ok();
 }
 
-std::uint32_t WaitForSingleObject(EventHandle event, std::uint32_t milliseconds) {
-  if (event == nullptr) {
-    ::SetLastError(ERROR_INVALID_HANDLE);
-    return kWaitFailed;
-  }
+Result<std::uint32_t> WaitForEvent(EventHandle event, std::uint32_t milliseconds) {
+  if (event == nullptr) return Status::Failure(kErrorInvalidHandle);
   const DWORD result = ::WaitForSingleObject(Native(event), milliseconds);
-  if (result == WAIT_FAILED) win32::KeepFailureCode(kErrorInvalidHandle);
+  if (result == WAIT_FAILED) return Status::Failure(win32::LastErrorOr(kErrorInvalidHandle));
   return static_cast<std::uint32_t>(result);
 }
 
-bool CloseHandle(EventHandle event) {
-  if (event == nullptr) {
-    ::SetLastError(ERROR_INVALID_HANDLE);
-    return false;
-  }
+Status DestroyEvent(EventHandle event) {
+  if (event == nullptr) return Status::Failure(kErrorInvalidHandle);
   if (!::CloseHandle(Native(event))) {
-    win32::KeepFailureCode(kErrorInvalidHandle);
-    return false;
+    return Status::Failure(win32::LastErrorOr(kErrorInvalidHandle));
   }
-  return true;
+  return Status::Ok();
 }
 
 bool ProcessBarrierAvailable() {

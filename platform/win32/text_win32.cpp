@@ -10,12 +10,26 @@
 
 namespace tovimpl::platform {
 
-std::int32_t MultiByteToWideChar(std::uint32_t codePage, std::uint32_t flags, const char* text,
-                                 std::int32_t length, unsigned short* out, std::int32_t outCount) {
-  const int units = ::MultiByteToWideChar(static_cast<UINT>(codePage), static_cast<DWORD>(flags),
-                                          text, length, reinterpret_cast<wchar_t*>(out), outCount);
-  if (units == 0) win32::KeepFailureCode(kErrorInvalidParameter);
-  return units;
+UTF16String NarrowToUTF16(std::string_view text) {
+  if (text.empty()) return {};
+  const int length = static_cast<int>(text.size());
+  const int units = ::MultiByteToWideChar(CP_ACP, 0, text.data(), length, nullptr, 0);
+  if (units <= 0) return {};
+  std::wstring wide(static_cast<std::size_t>(units), L'\0');
+  ::MultiByteToWideChar(CP_ACP, 0, text.data(), length, wide.data(), units);
+  return win32::FromWide(wide);
+}
+
+std::string UTF16ToNarrow(UTF16StringView text) {
+  if (text.empty()) return {};
+  const std::wstring wide = win32::Wide(text);
+  const int length = static_cast<int>(wide.size());
+  const int bytes =
+      ::WideCharToMultiByte(CP_ACP, 0, wide.data(), length, nullptr, 0, nullptr, nullptr);
+  if (bytes <= 0) return {};
+  std::string narrow(static_cast<std::size_t>(bytes), '\0');
+  ::WideCharToMultiByte(CP_ACP, 0, wide.data(), length, narrow.data(), bytes, nullptr, nullptr);
+  return narrow;
 }
 
 // The C runtime's wide characters are UTF-16 on Windows, so mbstowcs and

@@ -2,11 +2,8 @@
 // Only code that works on every supported Windows version belongs here.
 //
 // The backend's files include the system's headers only through this one: it
-// brings in <windows.h> and the shell and COM headers, then removes the A/W
-// macros whose names the OS layer uses for its own functions (FindFirstFile,
-// …), so that tovimpl::platform::FindFirstFile keeps its name in the backend as
-// in the portable code, whichever order the includes come in. The file calls
-// (platform/file.h) have names no SDK macro takes.
+// brings in <windows.h> and the shell and COM headers. The OS layer's own
+// calls have names no SDK macro takes, so no A/W macro needs removing.
 #pragma once
 
 #ifndef NOMINMAX
@@ -21,25 +18,6 @@
 #include <shellapi.h>
 #include <shlobj.h>
 
-#undef CopyFileEx
-#undef CreateEvent
-#undef EnumResourceNames
-#undef FindFirstFile
-#undef FindNextFile
-#undef FindResource
-#undef GetCurrentDirectory
-#undef GetDiskFreeSpaceEx
-#undef GetFileAttributes
-#undef GetFileAttributesEx
-#undef GetModuleFileName
-#undef GetTempFileName
-#undef GetTempPath
-#undef GetTimeFormat
-#undef LoadLibraryEx
-#undef MoveFile
-#undef SetCurrentDirectory
-#undef SHCreateDirectoryEx
-#undef SHFileOperation
 
 #include <cstdint>
 #include <string>

@@ -220,10 +220,9 @@ TEST(InertFileSpec, EveryAccessorIsEmptyWhateverTheArgument) {
 namespace {
 std::uint64_t gFreeAnswer = 0;
 UTF16String gAskedFor;
-bool FakeFree(const UTF16String& path, std::uint64_t* free) {
+tovimpl::platform::Result<std::uint64_t> FakeFree(const UTF16String& path) {
   gAskedFor = path;
-  *free = gFreeAnswer;
-  return true;
+  return gFreeAnswer;
 }
 struct FreeSpaceSeam {
   FreeSpaceSeam() { tovimpl::platform::SetFreeSpaceAnswerForTesting(FakeFree); }

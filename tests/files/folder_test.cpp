@@ -65,7 +65,7 @@ TEST(WideFolder, CreateOnDiskOnExistingFolderFails) {
 
 TEST(WideFolder, CreateOnDiskRejectsRelativePath) {
   EXPECT_FALSE(Folder::CreateOnDisk(u"relative\\folder"_u16));
-  EXPECT_EQ(tovimpl::platform::CreateDirectoryWithParents(u"relative\\folder"_u16),
+  EXPECT_EQ(tovimpl::platform::CreateDirectories(u"relative\\folder"_u16).Error(),
             tovimpl::platform::kErrorBadPathname);
 }
 
@@ -96,10 +96,10 @@ TEST(WideFolder, GetFreeSpaceOnDiskMapsErrorsThroughTheTable) {
     std::uint32_t expected;
   };
   static std::uint32_t sError = 0;
-  tovimpl::platform::SetFreeSpaceAnswerForTesting([](const UTF16String&, std::uint64_t*) {
-    tovimpl::platform::SetLastError(sError);
-    return false;
-  });
+  tovimpl::platform::SetFreeSpaceAnswerForTesting(
+      [](const UTF16String&) -> tovimpl::platform::Result<std::uint64_t> {
+        return tovimpl::platform::Status::Failure(sError);
+      });
   for (const Case& c : {Case{2, TOV::kErrPathNotFound}, Case{3, TOV::kErrPathNotFound},
                         Case{5, TOV::kErrAccessDenied}, Case{183, TOV::kErrAlreadyExists},
                         Case{32, TOV::kErrGeneric}, Case{112, TOV::kErrGeneric}}) {

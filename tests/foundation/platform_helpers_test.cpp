@@ -124,8 +124,8 @@ TEST(TOVLoadResource, OtherTypeNamesGiveNullEvenWhenResourcesExist) {
   Halyard::HINSTANCE module = Halyard::TOVLoadLibrary(kPlugin, nullptr, 1);
   ASSERT_NE(module, nullptr);
   // The module does hold a resource of type "ABCD"...
-  EXPECT_NE(tovimpl::platform::FindResource(module, tovimpl::platform::MakeIntResource(1), "ABCD"),
-            nullptr);
+  EXPECT_TRUE(
+      tovimpl::platform::FindModuleResource(module, tovimpl::platform::MakeIntResource(1), "ABCD"));
   // ...but only the type "PIPL" is ever taken.
   for (const UTF16String& name :
        {u"ABCD"_u16, u"pipl"_u16, u"PIPL "_u16, u"PIP"_u16, UTF16String(), u"NOPE"_u16}) {
@@ -139,8 +139,9 @@ TEST(TOVLoadResource, OtherTypeNamesGiveNullEvenWhenResourcesExist) {
 
 TEST(TOVLoadResource, ModuleWithoutPiplGivesNull) {
   // This test program itself has no "PIPL" section.
-  Halyard::HINSTANCE self = tovimpl::platform::LoadLibraryEx(foundation_test::Lib("/proc/self/exe"),
-                                                         tovimpl::platform::kLoadLibraryAsDatafile);
+  Halyard::HINSTANCE self = tovimpl::platform::LoadModule(foundation_test::Lib("/proc/self/exe"),
+                                                          tovimpl::platform::kLoadLibraryAsDatafile)
+                                .ValueOr(nullptr);
   ASSERT_NE(self, nullptr);
   UTF16String type = u"PIPL"_u16;
   EXPECT_EQ(Halyard::TOVLoadResource(self, type), nullptr);
@@ -154,14 +155,15 @@ TEST(TOVGetResourceData, NullResourceGivesNull) {
 }
 
 TEST(ModuleLayer, EnumerationHandsTheCallbackTheCallersType) {
-  Halyard::HINSTANCE module = tovimpl::platform::LoadLibraryEx(PluginLibraryPath(), 0);
+  Halyard::HINSTANCE module =
+      tovimpl::platform::LoadModule(PluginLibraryPath(), 0).ValueOr(nullptr);
   ASSERT_NE(module, nullptr);
   struct Seen {
     const char* type = nullptr;
     std::vector<std::uintptr_t> names;
   } seen;
   const char type[] = "PIPL";
-  EXPECT_TRUE(tovimpl::platform::EnumResourceNames(
+  EXPECT_TRUE(tovimpl::platform::ForEachResource(
       module, type,
       [](tovimpl::platform::ModuleHandle, const char* t, std::uintptr_t name, std::intptr_t param) {
         auto* into = reinterpret_cast<Seen*>(param);
@@ -172,25 +174,26 @@ TEST(ModuleLayer, EnumerationHandsTheCallbackTheCallersType) {
       reinterpret_cast<std::intptr_t>(&seen)));
   EXPECT_EQ(seen.type, type);
   EXPECT_EQ(seen.names, std::vector<std::uintptr_t>{1});
-  EXPECT_FALSE(tovimpl::platform::EnumResourceNames(module, "ZZZZ", nullptr, 0));
-  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorResourceTypeNotFound);
-  EXPECT_EQ(tovimpl::platform::FindResource(module, tovimpl::platform::MakeIntResource(2), "PIPL"),
-            nullptr);
-  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorResourceNameNotFound);
+  EXPECT_EQ(tovimpl::platform::ForEachResource(module, "ZZZZ", nullptr, 0).Error(),
+            tovimpl::platform::kErrorResourceTypeNotFound);
+  EXPECT_EQ(
+      tovimpl::platform::FindModuleResource(module, tovimpl::platform::MakeIntResource(2), "PIPL")
+          .Error(),
+      tovimpl::platform::kErrorResourceNameNotFound);
   // Only the low 16 bits of an integer name count.
-  EXPECT_NE(tovimpl::platform::FindResource(module, tovimpl::platform::MakeIntResource(0x10001), "PIPL"),
-            nullptr);
-  EXPECT_TRUE(tovimpl::platform::FreeLibrary(module));
+  EXPECT_TRUE(tovimpl::platform::FindModuleResource(
+      module, tovimpl::platform::MakeIntResource(0x10001), "PIPL"));
+  EXPECT_TRUE(tovimpl::platform::UnloadModule(module));
 }
 
 TEST(ModuleLayer, DataFileHandlesAreTaggedAndFreedOnce) {
   Halyard::HINSTANCE module =
-      tovimpl::platform::LoadLibraryEx(PluginLibraryPath(), tovimpl::platform::kLoadLibraryAsDatafile);
+      tovimpl::platform::LoadModule(PluginLibraryPath(), tovimpl::platform::kLoadLibraryAsDatafile)
+          .ValueOr(nullptr);
   ASSERT_NE(module, nullptr);
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(module) & 1u, 1u);
-  EXPECT_TRUE(tovimpl::platform::FreeLibrary(module));
-  EXPECT_FALSE(tovimpl::platform::FreeLibrary(module));
-  EXPECT_EQ(tovimpl::platform::GetLastError(), 6u);
+  EXPECT_TRUE(tovimpl::platform::UnloadModule(module));
+  EXPECT_EQ(tovimpl::platform::UnloadModule(module).Error(), 6u);
 }
 
 // --- identifiers ------------------------------------------------------------------
@@ -359,20 +362,19 @@ TEST(WaitResult, PlatformResultsMapToThreeValues) {
 }
 
 TEST(EventLayer, NullHandleWaitFails) {
-  EXPECT_EQ(tovimpl::platform::WaitForSingleObject(nullptr, 0), tovimpl::platform::kWaitFailed);
-  EXPECT_EQ(tovimpl::platform::GetLastError(), 6u);
-  EXPECT_FALSE(tovimpl::platform::SetEvent(nullptr));
-  EXPECT_FALSE(tovimpl::platform::CloseHandle(static_cast<tovimpl::platform::EventHandle>(nullptr)));
+  EXPECT_EQ(tovimpl::platform::WaitForEvent(nullptr, 0).Error(), 6u);
+  EXPECT_EQ(tovimpl::platform::SignalEvent(nullptr).Error(), 6u);
+  EXPECT_EQ(tovimpl::platform::DestroyEvent(nullptr).Error(), 6u);
 }
 
 TEST(EventLayer, ManualResetEventStaysSignalledUntilReset) {
-  tovimpl::platform::EventHandle event = tovimpl::platform::CreateEvent(true, true);
+  tovimpl::platform::EventHandle event = *tovimpl::platform::NewEvent(true, true);
   ASSERT_NE(event, nullptr);
-  EXPECT_EQ(tovimpl::platform::WaitForSingleObject(event, 0), tovimpl::platform::kWaitObject0);
-  EXPECT_EQ(tovimpl::platform::WaitForSingleObject(event, 0), tovimpl::platform::kWaitObject0);
-  EXPECT_TRUE(tovimpl::platform::ResetEvent(event));
-  EXPECT_EQ(tovimpl::platform::WaitForSingleObject(event, 0), tovimpl::platform::kWaitTimeout);
-  EXPECT_TRUE(tovimpl::platform::CloseHandle(event));
+  EXPECT_EQ(*tovimpl::platform::WaitForEvent(event, 0), tovimpl::platform::kWaitObject0);
+  EXPECT_EQ(*tovimpl::platform::WaitForEvent(event, 0), tovimpl::platform::kWaitObject0);
+  EXPECT_TRUE(tovimpl::platform::ClearEvent(event));
+  EXPECT_EQ(*tovimpl::platform::WaitForEvent(event, 0), tovimpl::platform::kWaitTimeout);
+  EXPECT_TRUE(tovimpl::platform::DestroyEvent(event));
 }
 
 }  // namespace

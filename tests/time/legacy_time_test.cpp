@@ -11,8 +11,6 @@
 #include <string>
 
 #include "basalt/utf.h"
-#include "platform/clock.h"
-#include "platform/error.h"
 #include "tovfoundation/time.h"
 
 namespace {
@@ -181,28 +179,6 @@ TEST(LegacyTime, TimeStringIsLocalTimeWhileSystemTimeIsUtc) {
     return;
   }
   FAIL() << "the clock never stood still for one second";
-}
-
-TEST(ClockLayer, TimeFormatAnswersTheLengthThenFills) {
-  const ScopedEnv lcAll("LC_ALL", "C");
-  const int needed = tovimpl::platform::GetTimeFormatW(nullptr, 0);
-  ASSERT_EQ(needed, 9);  // "hh:mm:ss" and the NUL
-  unsigned short buffer[16];
-  std::fill(std::begin(buffer), std::end(buffer), 0xFFFF);
-  EXPECT_EQ(tovimpl::platform::GetTimeFormatW(buffer, 16), 9);
-  EXPECT_EQ(buffer[8], 0);
-  EXPECT_EQ(buffer[2], u':');
-  EXPECT_EQ(buffer[9], 0xFFFF);
-}
-
-TEST(ClockLayer, TimeFormatReportsShortAndNullBuffers) {
-  const ScopedEnv lcAll("LC_ALL", "C");
-  unsigned short buffer[4];
-  tovimpl::platform::SetLastError(0);
-  EXPECT_EQ(tovimpl::platform::GetTimeFormatW(buffer, 4), 0);
-  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorInsufficientBuffer);
-  EXPECT_EQ(tovimpl::platform::GetTimeFormatW(nullptr, 4), 0);
-  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorInvalidParameter);
 }
 
 }  // namespace

@@ -94,8 +94,6 @@ tov_windows_skip(platform FileCalls.ReadOnlyHandleRefusesToChangeTheSize
 tov_windows_skip(text StringUtilsConversions.PlatformStringIsUtf8OnPosix
   "POSIX rule: the platform code page is UTF-8 there; on Windows it is the ANSI code page")
 # --- time ----------------------------------------------------------------------
-tov_windows_skip(time ClockLayer.TimeFormatAnswersTheLengthThenFills
-  "POSIX rule: sets LC_ALL=C for a 24-hour hh:mm:ss; GetTimeFormatW uses the system locale (en-US under Wine, h:mm:ss tt)")
 tov_windows_skip(time TimecodeExhaustive.*
   "Wine: runs longer than the 600 s limit (observed); every Timecode step sends a trace line to OutputDebugStringA, which Wine implements by raising an exception")
 tov_windows_skip(time TraceDebugOutput.TovTraceSendsLinesToStderr

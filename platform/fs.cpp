@@ -1,9 +1,12 @@
 // OS layer, shared by both backends: the file-name pattern matcher of the
-// folder enumeration, with the file system's own rules.
+// folder listing, with the file system's own rules, and the free-space test
+// seam in front of the backends' SystemFreeSpace.
+#include "platform/fs.h"
+
 #include <cstddef>
 #include <cstdint>
 
-#include "platform/fs.h"
+#include "platform/fs_backend.h"
 
 namespace tovimpl::platform {
 
@@ -63,6 +66,17 @@ bool MatchesPattern(const UTF16String& pattern, const UTF16String& name) {
     if (Glob(pattern.data(), n - 1, name.data(), name.size())) return true;
   }
   return false;
+}
+
+namespace {
+FreeSpaceAnswer gFreeSpaceAnswer = nullptr;
+}  // namespace
+
+void SetFreeSpaceAnswerForTesting(FreeSpaceAnswer answer) { gFreeSpaceAnswer = answer; }
+
+Result<std::uint64_t> FreeSpace(const UTF16String& path) {
+  if (gFreeSpaceAnswer != nullptr) return gFreeSpaceAnswer(path);
+  return SystemFreeSpace(path);
 }
 
 }  // namespace tovimpl::platform

@@ -9,7 +9,7 @@
 
 #include "platform/error.h"
 #include "platform/text.h"
-#include "text_test_support.h"
+#include "text/text_test_support.h"
 #include "tovfoundation/text.h"
 
 namespace {
@@ -203,7 +203,8 @@ TEST(PlatformMultiByte, LimitedCountNeverSplitsCharacter) {
 TEST(PlatformMultiByte, FailureSetsLastError) {
   ScopedThreadLocale locale(kUtf8Locale);
   tovimpl::platform::SetLastError(0);
-  EXPECT_EQ(tovimpl::platform::MultiByteToUTF16(nullptr, "\x80", 0), tovimpl::platform::kMultiByteError);
+  EXPECT_EQ(tovimpl::platform::MultiByteToUTF16(nullptr, "\x80", 0),
+            tovimpl::platform::kMultiByteError);
   EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorNoUnicodeTranslation);
 }
 
@@ -218,40 +219,11 @@ TEST(PlatformMultiByte, MaxLengthFollowsThreadLocale) {
   }
 }
 
-TEST(PlatformCodePage, MeasuresWithNulThenConverts) {
-  const char* text = "d\xC3\xA9j\xC3\xA0";
-  EXPECT_EQ(tovimpl::platform::MultiByteToWideChar(0, 0, text, -1, nullptr, 0), 5);
-  unsigned short buffer[5];
-  EXPECT_EQ(tovimpl::platform::MultiByteToWideChar(0, 0, text, -1, buffer, 5), 5);
-  EXPECT_EQ(UTF16String(buffer), basalt::ToUTF16(u"déjà"));
-  EXPECT_EQ(tovimpl::platform::MultiByteToWideChar(65001, 0, text, 3, buffer, 5), 2);
-}
-
-TEST(PlatformCodePage, FailuresReportWindowsCodes) {
-  unsigned short buffer[2];
-  struct Row {
-    std::uint32_t codePage;
-    std::uint32_t flags;
-    const char* text;
-    std::int32_t length;
-    std::int32_t outCount;
-    std::uint32_t error;
-  } rows[] = {
-      {0, 0, nullptr, -1, 0, tovimpl::platform::kErrorInvalidParameter},
-      {0, 0, "abc", 0, 0, tovimpl::platform::kErrorInvalidParameter},
-      {1252, 0, "abc", -1, 0, tovimpl::platform::kErrorInvalidParameter},
-      {0, 8, "abc", -1, 0, tovimpl::platform::kErrorInvalidFlags},
-      {0, 0, "abc", -1, 2, tovimpl::platform::kErrorInsufficientBuffer},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.error);
-    tovimpl::platform::SetLastError(0);
-    EXPECT_EQ(
-        tovimpl::platform::MultiByteToWideChar(row.codePage, row.flags, row.text, row.length,
-                                           row.outCount == 0 ? nullptr : buffer, row.outCount),
-        0);
-    EXPECT_EQ(tovimpl::platform::GetLastError(), row.error);
-  }
+TEST(PlatformCodePage, IsUtf8) {
+  EXPECT_EQ(tovimpl::platform::NarrowToUTF16("d\xC3\xA9j\xC3\xA0"),
+            basalt::ToUTF16(u"d\u00E9j\u00E0"));
+  EXPECT_EQ(tovimpl::platform::NarrowToUTF16(std::string_view("d\xC3\xA9j", 3)),
+            basalt::ToUTF16(u"d\u00E9"));
 }
 
 }  // namespace
