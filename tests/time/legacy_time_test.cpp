@@ -1,16 +1,13 @@
 // Legacy time records: sample and frame count conversions, system clock.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <iterator>
-#include <optional>
-#include <regex>
 #include <string>
 
 #include "basalt/utf.h"
+#include "common/environment.h"
 #include "platform/clock.h"
 #include "platform/error.h"
 #include "tovfoundation/time.h"
@@ -114,8 +111,7 @@ TEST(LegacyTime, GetSystemTimeFillsUtcFields) {
   EXPECT_LT(now.milliseconds, 1000);
   bool matched = false;
   for (std::time_t t = before; t <= after; ++t) {
-    std::tm utc{};
-    gmtime_r(&t, &utc);
+    const std::tm utc = *std::gmtime(&t);  // this test's thread is the only caller
     matched = matched || (now.year == utc.tm_year + 1900 && now.month == utc.tm_mon + 1 &&
                           now.day == utc.tm_mday && now.hour == utc.tm_hour &&
                           now.minute == utc.tm_min && now.second == utc.tm_sec);
@@ -124,79 +120,8 @@ TEST(LegacyTime, GetSystemTimeFillsUtcFields) {
                        << int(now.hour) << ":" << int(now.minute) << ":" << int(now.second);
 }
 
-// Sets environment variables for one test and restores them afterwards.
-class ScopedEnv {
- public:
-  ScopedEnv(const char* name, const char* value) : mName(name) {
-    if (const char* old = std::getenv(name)) mOld = old;
-    if (value) {
-      ::setenv(name, value, 1);
-    } else {
-      ::unsetenv(name);
-    }
-  }
-  ~ScopedEnv() {
-    if (mOld) {
-      ::setenv(mName.c_str(), mOld->c_str(), 1);
-    } else {
-      ::unsetenv(mName.c_str());
-    }
-    ::tzset();
-  }
-
- private:
-  std::string mName;
-  std::optional<std::string> mOld;
-};
-
-std::string TimeText() { return basalt::UTF16to8(Halyard::TimeUtils::GetSystemTimeAsString()); }
-
-TEST(LegacyTime, TimeStringUsesTheEnvironmentLocaleTimeFormat) {
-  const ScopedEnv lcAll("LC_ALL", "C");
-  const ScopedEnv tz("TZ", "UTC0");
-  const std::string text = TimeText();
-  EXPECT_TRUE(std::regex_match(text, std::regex("[0-2][0-9]:[0-5][0-9]:[0-6][0-9]"))) << text;
-}
-
-TEST(LegacyTime, TimeStringFallsBackToCForAnUninstalledLocale) {
-  const ScopedEnv lcAll("LC_ALL", "xx_NOWHERE.UTF-8");
-  const std::string text = TimeText();
-  EXPECT_TRUE(std::regex_match(text, std::regex("[0-2][0-9]:[0-5][0-9]:[0-6][0-9]"))) << text;
-}
-
-TEST(LegacyTime, TimeStringIsLocalTimeWhileSystemTimeIsUtc) {
-  const ScopedEnv lcAll("LC_ALL", "C.UTF-8");
-  const ScopedEnv tz("TZ", "XYZ-5");  // five hours east of UTC
-  for (int attempt = 0; attempt < 3; ++attempt) {
-    Halyard::VDateTime utc{};
-    Halyard::TimeUtils::GetSystemTime(&utc);
-    const std::string text = TimeText();
-    Halyard::VDateTime after{};
-    Halyard::TimeUtils::GetSystemTime(&after);
-    if (after.second != utc.second) continue;  // crossed a second; try again
-    char expected[16];
-    std::snprintf(expected, sizeof expected, "%02d:%02d:%02d", (utc.hour + 5) % 24, utc.minute,
-                  utc.second);
-    EXPECT_EQ(text, expected);
-    return;
-  }
-  FAIL() << "the clock never stood still for one second";
-}
-
-TEST(ClockLayer, TimeFormatAnswersTheLengthThenFills) {
-  const ScopedEnv lcAll("LC_ALL", "C");
-  const int needed = tovimpl::platform::GetTimeFormatW(nullptr, 0);
-  ASSERT_EQ(needed, 9);  // "hh:mm:ss" and the NUL
-  unsigned short buffer[16];
-  std::fill(std::begin(buffer), std::end(buffer), 0xFFFF);
-  EXPECT_EQ(tovimpl::platform::GetTimeFormatW(buffer, 16), 9);
-  EXPECT_EQ(buffer[8], 0);
-  EXPECT_EQ(buffer[2], u':');
-  EXPECT_EQ(buffer[9], 0xFFFF);
-}
-
 TEST(ClockLayer, TimeFormatReportsShortAndNullBuffers) {
-  const ScopedEnv lcAll("LC_ALL", "C");
+  const tovtest::ScopedEnv lcAll("LC_ALL", "C");
   unsigned short buffer[4];
   tovimpl::platform::SetLastError(0);
   EXPECT_EQ(tovimpl::platform::GetTimeFormatW(buffer, 4), 0);
