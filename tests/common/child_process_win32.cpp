@@ -1,8 +1,10 @@
 // Child processes on Windows, through the C runtime: _spawnve joins the
 // arguments with blanks into one command line, so each is quoted the way the
-// child's runtime splits them again.
+// child's runtime splits them again. Narrow paths are in the ANSI code page,
+// as the runtime and GetModuleFileNameA take them.
 #include <process.h>
 #include <stdlib.h>
+#include <windows.h>
 
 #include <cstdio>
 
@@ -11,9 +13,9 @@
 namespace tovtest {
 
 std::string SelfPath() {
-  char* path = nullptr;
-  if (::_get_pgmptr(&path) != 0 || path == nullptr) return {};
-  return path;
+  char path[MAX_PATH * 4] = {};
+  const DWORD length = ::GetModuleFileNameA(nullptr, path, sizeof path);
+  return length > 0 && length < sizeof path ? std::string(path, length) : std::string();
 }
 
 ChildHandle StartProcess(const std::string& program, const std::vector<std::string>& args,
