@@ -6,6 +6,7 @@
 #include <cstring>
 #include <system_error>
 
+#include "basalt/kernel_choice.h"
 #include "basalt/utf_internal.h"
 
 namespace basalt {
@@ -30,18 +31,11 @@ const Kernels& KernelsFor(tovimpl::platform::SimdLevel level) {
 #if defined(__x86_64__)
   static constexpr Kernels kAvx2{Utf8To16Avx2, Utf16To8Avx2};
   static constexpr Kernels kAvx512{Utf8To16Avx512, Utf16To8Avx512};
-  switch (level) {
-    case tovimpl::platform::SimdLevel::kAvx512:
-      return kAvx512;
-    case tovimpl::platform::SimdLevel::kAvx2:
-      return kAvx2;
-    case tovimpl::platform::SimdLevel::kScalar:
-      break;
-  }
+  return ChooseKernels(level, kScalarKernels, kAvx2, kAvx512);
 #else
   (void)level;
-#endif
   return kScalarKernels;
+#endif
 }
 
 namespace {

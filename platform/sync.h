@@ -58,7 +58,7 @@ Status DestroyEvent(EventHandle event);
 // at the time executes a full memory barrier (or is ordered as if it did)
 // before the call returns. With it, a lock can let one thread enter with plain
 // stores and loads and put the cost of ordering on the rare other thread (see
-// streams/stream_state.h). POSIX: membarrier(2) with the private expedited
+// streams/stream_lock.h). POSIX: membarrier(2) with the private expedited
 // command, registered on the first availability query; Win32:
 // FlushProcessWriteBuffers.
 //

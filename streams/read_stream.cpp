@@ -5,7 +5,7 @@
 #include <memory>
 #include <typeinfo>
 
-#include "streams/stream_state.h"
+#include "streams/stream_lock.h"
 #include "tovfoundation/streams.h"
 
 namespace Halyard {

@@ -4,7 +4,7 @@
 #include <memory>
 #include <typeinfo>
 
-#include "streams/stream_state.h"
+#include "streams/stream_lock.h"
 #include "tovfoundation/streams.h"
 
 namespace Halyard {
@@ -55,6 +55,16 @@ detail::WriteStreamState* NewState(CPort* port32, CPortEx* port64, HaldByteOrder
   state->closePort = closePort;
   state->ownsPort = ownsPort;
   return state.release();
+}
+
+// The end of SetPos and SetPosW once the buffer was flushed with
+// `flushStatus`: a failed flush leaves the position where it was.
+std::uint32_t MoveAfterFlush(detail::WriteStreamState& state, std::uint32_t flushStatus,
+                             std::uint64_t pos) {
+  if (flushStatus != TOV::kSuccess) return flushStatus;
+  state.cursor = 0;
+  state.position = pos;
+  return TOV::kSuccess;
 }
 
 void DestroyState(detail::WriteStreamState* state) {
@@ -177,11 +187,7 @@ std::uint32_t CWriteStream::SetPos(std::uint32_t pos) {
   std::uint32_t current = 0;
   GetPos(&current);
   if (current == pos) return TOV::kSuccess;
-  const std::uint32_t status = Flush(1);
-  if (status != TOV::kSuccess) return status;
-  mState->cursor = 0;
-  mState->position = pos;
-  return TOV::kSuccess;
+  return MoveAfterFlush(*mState, Flush(1), pos);
 }
 
 std::uint32_t CWriteStream::SetPosW(std::uint64_t pos) {
@@ -189,11 +195,7 @@ std::uint32_t CWriteStream::SetPosW(std::uint64_t pos) {
   std::uint64_t current = 0;
   GetPosW(&current);
   if (current == pos) return TOV::kSuccess;
-  const std::uint32_t status = Flush(1);
-  if (status != TOV::kSuccess) return status;
-  mState->cursor = 0;
-  mState->position = pos;
-  return TOV::kSuccess;
+  return MoveAfterFlush(*mState, Flush(1), pos);
 }
 
 std::uint32_t CWriteStream::PutBool(unsigned char value) {

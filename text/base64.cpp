@@ -19,6 +19,7 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "basalt/kernel_choice.h"
 #include "text/base64_internal.h"
 #include "tovfoundation/text.h"
 
@@ -187,18 +188,11 @@ const Kernels& KernelsFor(tovimpl::platform::SimdLevel level) {
 #if defined(__x86_64__)
   static constexpr Kernels kAvx2{EncodeLinesAvx2, DecodeCleanAvx2};
   static constexpr Kernels kAvx512{EncodeLinesAvx512, DecodeCleanAvx512};
-  switch (level) {
-    case tovimpl::platform::SimdLevel::kAvx512:
-      return kAvx512;
-    case tovimpl::platform::SimdLevel::kAvx2:
-      return kAvx2;
-    case tovimpl::platform::SimdLevel::kScalar:
-      break;
-  }
+  return basalt::ChooseKernels(level, kScalar, kAvx2, kAvx512);
 #else
   (void)level;
-#endif
   return kScalar;
+#endif
 }
 
 void EncodeInto(const Kernels& kernels, const unsigned char* bytes, std::size_t n,
@@ -317,20 +311,21 @@ namespace Halyard {
 
 UTF16String Encode(const std::vector<unsigned char>& bytes) {
   UTF16String text;
-  tovimpl::text::base64::EncodeInto(tovimpl::text::base64::ActiveKernels(), bytes.data(), bytes.size(),
-                                text);
+  tovimpl::text::base64::EncodeInto(tovimpl::text::base64::ActiveKernels(), bytes.data(),
+                                    bytes.size(), text);
   return text;
 }
 
 std::vector<unsigned char> Decode(const UTF16String& text) {
   std::vector<unsigned char> bytes;
-  tovimpl::text::base64::DecodeInto(tovimpl::text::base64::ActiveKernels(), text.data(), text.size(),
-                                bytes);
+  tovimpl::text::base64::DecodeInto(tovimpl::text::base64::ActiveKernels(), text.data(),
+                                    text.size(), bytes);
   return bytes;
 }
 
 bool IsBase64(unsigned char character) {
-  return character < 128 && tovimpl::text::base64::kDecode[character] != tovimpl::text::base64::kDropCode;
+  return character < 128 &&
+         tovimpl::text::base64::kDecode[character] != tovimpl::text::base64::kDropCode;
 }
 
 }  // namespace Halyard

@@ -62,35 +62,31 @@ std::int64_t FramesPerFoot(std::uint32_t format) {
 
 // The rate a format imposes; `own` for the formats that use the caller's rate.
 FrameRate FormatRate(std::uint32_t format, FrameRate own) {
-  switch (format) {
-    case TOV::kTimecodeFormat_24:
-      return FR::kFrameRate_Film24;
-    case TOV::kTimecodeFormat_25:
-      return FR::kFrameRate_VideoPAL;
-    case TOV::kTimecodeFormat_2997DropFrame:
-    case TOV::kTimecodeFormat_2997NonDrop:
-      return FR::kFrameRate_VideoNTSC;
-    case TOV::kTimecodeFormat_30:
-      return FR::kFrameRate_Video30;
-    case TOV::kTimecodeFormat_50:
-      return FR::kFrameRate_VideoPAL_HD;
-    case TOV::kTimecodeFormat_5994DropFrame:
-    case TOV::kTimecodeFormat_5994NonDrop:
-      return FR::kFrameRate_VideoNTSC_HD;
-    case TOV::kTimecodeFormat_60:
-      return FR::kFrameRate_Video60;
-    case TOV::kTimecodeFormat_23976:
-      return FR::kFrameRate_23976;
-    case TOV::kTimecodeFormat_Frames:
-    case TOV::kTimecodeFormat_FeetFrames40:
-    case TOV::kTimecodeFormat_FeetFrames16:
-    case TOV::kTimecodeFormat_OwnRate:
-      return own;
-    case TOV::kTimecodeFormat_Milliseconds:
-      return FrameRate(1000.0);
-    default:
-      return FrameRate();
+  struct Row {
+    std::uint32_t format;
+    FrameRate rate;
+  };
+  static const Row kRates[] = {
+      {TOV::kTimecodeFormat_24, FR::kFrameRate_Film24},
+      {TOV::kTimecodeFormat_25, FR::kFrameRate_VideoPAL},
+      {TOV::kTimecodeFormat_2997DropFrame, FR::kFrameRate_VideoNTSC},
+      {TOV::kTimecodeFormat_2997NonDrop, FR::kFrameRate_VideoNTSC},
+      {TOV::kTimecodeFormat_30, FR::kFrameRate_Video30},
+      {TOV::kTimecodeFormat_50, FR::kFrameRate_VideoPAL_HD},
+      {TOV::kTimecodeFormat_5994DropFrame, FR::kFrameRate_VideoNTSC_HD},
+      {TOV::kTimecodeFormat_5994NonDrop, FR::kFrameRate_VideoNTSC_HD},
+      {TOV::kTimecodeFormat_60, FR::kFrameRate_Video60},
+      {TOV::kTimecodeFormat_23976, FR::kFrameRate_23976},
+      {TOV::kTimecodeFormat_Milliseconds, FrameRate(1000.0)},
+  };
+  if (format == TOV::kTimecodeFormat_Frames || IsFeetFrames(format) ||
+      format == TOV::kTimecodeFormat_OwnRate) {
+    return own;
   }
+  for (const Row& row : kRates) {
+    if (row.format == format) return row.rate;
+  }
+  return FrameRate();
 }
 
 // Constants of the two drop-frame formats.
@@ -500,6 +496,20 @@ class TOV_HIDDEN Timecode::PrivateImpl : public Impl {
     });
   }
 
+  // Stores the fields a step computed; negative hours become the sign and
+  // their magnitude.
+  void StoreStep(std::int32_t hours, std::int32_t minutes, std::int32_t seconds,
+                 std::int64_t frames) {
+    if (hours < 0) {
+      mNegative = true;
+      hours = Neg32(hours);
+    }
+    mHours = hours;
+    mMinutes = minutes;
+    mSeconds = seconds;
+    mFrames = frames;
+  }
+
   // The drop-frame step of IncrementHMSF: fps 30 or 60, `drop` 2 or 4.
   void DropFrameStep(std::int64_t fps, std::int64_t drop, std::int32_t h, std::int32_t m,
                      std::int32_t s, std::int32_t f) {
@@ -532,14 +542,7 @@ class TOV_HIDDEN Timecode::PrivateImpl : public Impl {
         frames = drop;
       }
     }
-    if (hours < 0) {
-      mNegative = true;
-      hours = Neg32(hours);
-    }
-    mHours = hours;
-    mMinutes = minutes;
-    mSeconds = seconds;
-    mFrames = frames;
+    StoreStep(hours, minutes, seconds, frames);
   }
 
   // The field step of IncrementHMSF for every other format.
@@ -569,14 +572,7 @@ class TOV_HIDDEN Timecode::PrivateImpl : public Impl {
       minutes = seconds = 0;
       frames = 0;
     }
-    if (hours < 0) {
-      mNegative = true;
-      hours = Neg32(hours);
-    }
-    mHours = hours;
-    mMinutes = minutes;
-    mSeconds = seconds;
-    mFrames = frames;
+    StoreStep(hours, minutes, seconds, frames);
   }
 
   void IncrementHMSF(std::int32_t h, std::int32_t m, std::int32_t s, std::int32_t f) {

@@ -6,7 +6,7 @@
 //
 //   using namespace basalt::literals;
 //   UTF16String path = u"C:\\Media\\clip.wav"_u16;
-//   Halyard::PathUtilities::GetFileNameW(path);
+//   Halyard::PathUtilities::TOVGetFileName(path);  // == u"clip.wav"_u16
 //
 // UTF8String is std::string holding UTF-8 bytes. Both live in the global
 // namespace, as the rest of the interface names them. Storage comes from the

@@ -14,9 +14,9 @@
 #include "tovfoundation/files.h"
 
 using namespace basalt::literals;
-using files_test::TempFolder;
-using files_test::U16;
-using files_test::U8;
+using tovtest::TempTree;
+using tovtest::U16;
+using tovtest::U8;
 
 namespace {
 
@@ -48,13 +48,13 @@ std::set<std::string> Take(std::vector<unsigned short*>& out) {
 }  // namespace
 
 TEST(FindFiles, PatternFindsFilesDirectlyInFolderNotFolders) {
-  TempFolder temp;
+  TempTree temp;
   CurrentDirectoryGuard guard;
-  files_test::WriteFile(temp.NativeOf("a.prs"), "");
-  files_test::WriteFile(temp.NativeOf("B.PRS"), "");
-  files_test::WriteFile(temp.NativeOf("c.txt"), "");
-  files_test::MakeFolder(temp.NativeOf("folder.prs"));
-  files_test::WriteFile(temp.NativeOf("folder.prs/deep.prs"), "");
+  tovtest::WriteFile(temp.NativeOf("a.prs"), "");
+  tovtest::WriteFile(temp.NativeOf("B.PRS"), "");
+  tovtest::WriteFile(temp.NativeOf("c.txt"), "");
+  tovtest::MakeFolder(temp.NativeOf("folder.prs"));
+  tovtest::WriteFile(temp.NativeOf("folder.prs/deep.prs"), "");
   const std::string lib = U8(temp.Lib());
   std::vector<char*> out;
   EXPECT_EQ(Halyard::VUtilsFindFilesFromName(out, lib.c_str(), "*.prs", nullptr), 0u);
@@ -63,9 +63,9 @@ TEST(FindFiles, PatternFindsFilesDirectlyInFolderNotFolders) {
 }
 
 TEST(FindFiles, TrailingBackslashGivesOneSeparator) {
-  TempFolder temp;
+  TempTree temp;
   CurrentDirectoryGuard guard;
-  files_test::WriteFile(temp.NativeOf("a.prs"), "");
+  tovtest::WriteFile(temp.NativeOf("a.prs"), "");
   const std::string lib = U8(temp.Lib());
   std::vector<char*> out;
   Halyard::VUtilsFindFilesFromName(out, (lib + "\\").c_str(), "*", nullptr);
@@ -78,10 +78,10 @@ TEST(FindFiles, TrailingBackslashGivesOneSeparator) {
 }
 
 TEST(FindFiles, WideFormGivesBareNamesWithoutFullPaths) {
-  TempFolder temp;
+  TempTree temp;
   CurrentDirectoryGuard guard;
-  files_test::WriteFile(temp.NativeOf("one.txt"), "");
-  files_test::WriteFile(temp.NativeOf("two.TXT"), "");
+  tovtest::WriteFile(temp.NativeOf("one.txt"), "");
+  tovtest::WriteFile(temp.NativeOf("two.TXT"), "");
   const UTF16String folder = temp.Lib();
   const UTF16String pattern = u"*.txt"_u16;
   std::vector<unsigned short*> out;
@@ -101,9 +101,9 @@ TEST(FindFiles, NullFolderAppendsNothing) {
 }
 
 TEST(FindFiles, MissingFolderSearchesTheCurrentDirectory) {
-  TempFolder temp;
+  TempTree temp;
   CurrentDirectoryGuard guard;
-  files_test::WriteFile(temp.NativeOf("here.txt"), "");
+  tovtest::WriteFile(temp.NativeOf("here.txt"), "");
   std::filesystem::current_path(temp.Native());
   std::vector<char*> out;
   EXPECT_EQ(Halyard::VUtilsFindFilesFromName(out, "Q:\\missing", "*.txt", nullptr), 0u);
@@ -111,10 +111,10 @@ TEST(FindFiles, MissingFolderSearchesTheCurrentDirectory) {
 }
 
 TEST(FindFiles, PatternWithFolderPartIsRelativeToFolder) {
-  TempFolder temp;
+  TempTree temp;
   CurrentDirectoryGuard guard;
-  files_test::MakeFolder(temp.NativeOf("sub"));
-  files_test::WriteFile(temp.NativeOf("sub/x.dat"), "");
+  tovtest::MakeFolder(temp.NativeOf("sub"));
+  tovtest::WriteFile(temp.NativeOf("sub/x.dat"), "");
   const std::string lib = U8(temp.Lib());
   std::vector<char*> out;
   Halyard::VUtilsFindFilesFromName(out, lib.c_str(), "sub\\*.DAT", nullptr);
@@ -126,7 +126,7 @@ TEST(FindFilesPacked, NullSizeDoesNothing) {
 }
 
 TEST(FindFilesPacked, MissingFolderIsPathNotFound) {
-  TempFolder temp;
+  TempTree temp;
   std::uint32_t size = 99;
   const std::string missing = U8(temp.Lib("missing"));
   EXPECT_EQ(Halyard::VUtilsFindFilesFromName(missing.c_str(), "*", nullptr, &size, 0),
@@ -135,11 +135,11 @@ TEST(FindFilesPacked, MissingFolderIsPathNotFound) {
 }
 
 TEST(FindFilesPacked, SizeQueryAndFillAgreeAndLayoutIsByteExact) {
-  TempFolder temp;
+  TempTree temp;
   CurrentDirectoryGuard guard;
-  files_test::WriteFile(temp.NativeOf("a.txt"), "");
-  files_test::WriteFile(temp.NativeOf("bb.txt"), "");
-  files_test::WriteFile(temp.NativeOf("ccc.txt"), "");
+  tovtest::WriteFile(temp.NativeOf("a.txt"), "");
+  tovtest::WriteFile(temp.NativeOf("bb.txt"), "");
+  tovtest::WriteFile(temp.NativeOf("ccc.txt"), "");
   const std::string lib = U8(temp.Lib());
   std::uint32_t size = 0;
   ASSERT_EQ(Halyard::VUtilsFindFilesFromName(lib.c_str(), "*.txt", nullptr, &size, 1), 0u);
@@ -176,12 +176,12 @@ TEST(FindFilesPacked, SizeQueryAndFillAgreeAndLayoutIsByteExact) {
 }
 
 TEST(FindFilesPacked, FlagsZeroListsFilesOfTheWholeTree) {
-  TempFolder temp;
+  TempTree temp;
   CurrentDirectoryGuard guard;
-  files_test::MakeFolder(temp.NativeOf("d1/d2"));
-  files_test::WriteFile(temp.NativeOf("top"), "");
-  files_test::WriteFile(temp.NativeOf("d1/mid"), "");
-  files_test::WriteFile(temp.NativeOf("d1/d2/low"), "");
+  tovtest::MakeFolder(temp.NativeOf("d1/d2"));
+  tovtest::WriteFile(temp.NativeOf("top"), "");
+  tovtest::WriteFile(temp.NativeOf("d1/mid"), "");
+  tovtest::WriteFile(temp.NativeOf("d1/d2/low"), "");
   const std::string lib = U8(temp.Lib());
   std::uint32_t size = 0;
   ASSERT_EQ(Halyard::VUtilsFindFilesFromName(lib.c_str(), "*", nullptr, &size, 0), 0u);
@@ -196,11 +196,11 @@ TEST(FindFilesPacked, FlagsZeroListsFilesOfTheWholeTree) {
 }
 
 TEST(FindFilesPacked, OtherFlagsListFilesAndFoldersWithoutDescending) {
-  TempFolder temp;
+  TempTree temp;
   CurrentDirectoryGuard guard;
-  files_test::MakeFolder(temp.NativeOf("d1"));
-  files_test::WriteFile(temp.NativeOf("top"), "");
-  files_test::WriteFile(temp.NativeOf("d1/mid"), "");
+  tovtest::MakeFolder(temp.NativeOf("d1"));
+  tovtest::WriteFile(temp.NativeOf("top"), "");
+  tovtest::WriteFile(temp.NativeOf("d1/mid"), "");
   const std::string lib = U8(temp.Lib()) + "\\";  // trailing separator: not doubled
   std::uint32_t size = 0;
   ASSERT_EQ(Halyard::VUtilsFindFilesFromName(lib.c_str(), "*", nullptr, &size, 7), 0u);
@@ -213,10 +213,10 @@ TEST(FindFilesPacked, OtherFlagsListFilesAndFoldersWithoutDescending) {
 }
 
 TEST(FindFilesPacked, FailedSubfolderStopsAndLeavesDirectoryChanged) {
-  TempFolder temp;
+  TempTree temp;
   CurrentDirectoryGuard guard;
-  files_test::MakeFolder(temp.NativeOf("rel/sub"));
-  files_test::WriteFile(temp.NativeOf("rel/sub/f"), "");
+  tovtest::MakeFolder(temp.NativeOf("rel/sub"));
+  tovtest::WriteFile(temp.NativeOf("rel/sub/f"), "");
   std::filesystem::current_path(temp.Native());
   // A relative folder: once inside "rel", "rel\sub" no longer resolves, the
   // subfolder search fails and the directory stays in "rel".

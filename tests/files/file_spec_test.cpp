@@ -1,22 +1,21 @@
 // File specs (CFileSpec): the pieces, equality, file operations, times, size,
 // streams; the inert older class; the disk-space check.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 #include <memory>
 #include <string>
 
+#include "common/file_times.h"
 #include "files/files_support.h"
 #include "platform/fs.h"
 #include "tovfoundation/files.h"
 #include "tovfoundation/streams.h"
 
 using namespace basalt::literals;
-using files_test::TempFolder;
-using files_test::U8;
 using Halyard::FileUtils::CFileSpec;
+using tovtest::TempTree;
+using tovtest::U8;
 
 TEST(FileSpec, PiecesOfAFilePath) {
   const CFileSpec spec(u"C:\\Media\\clip.wav"_u16);
@@ -65,10 +64,10 @@ TEST(FileSpec, EqualityIsCaseSensitive) {
 }
 
 TEST(FileSpec, CreateDeleteExists) {
-  TempFolder temp;
+  TempTree temp;
   CFileSpec spec(temp.Lib("new.bin"));
   EXPECT_FALSE(spec.Exists());
-  files_test::WriteFile(temp.NativeOf("new.bin"), "old");
+  tovtest::WriteFile(temp.NativeOf("new.bin"), "old");
   EXPECT_EQ(spec.CreateNewFile(), 0u);  // truncates an existing file
   EXPECT_EQ(std::filesystem::file_size(temp.NativeOf("new.bin")), 0u);
   EXPECT_TRUE(spec.Exists());
@@ -79,20 +78,19 @@ TEST(FileSpec, CreateDeleteExists) {
 }
 
 TEST(FileSpec, CreateNewFolderCreatesTheContainingFolder) {
-  TempFolder temp;
+  TempTree temp;
   CFileSpec spec(temp.Lib("a\\b\\file.txt"));
   EXPECT_EQ(spec.CreateNewFolder(), 0u);
   EXPECT_TRUE(std::filesystem::is_directory(temp.NativeOf("a/b")));
-  EXPECT_FALSE(files_test::Exists(temp.NativeOf("a/b/file.txt")));
+  EXPECT_FALSE(tovtest::Exists(temp.NativeOf("a/b/file.txt")));
   EXPECT_EQ(spec.CreateNewFolder(), TOV::kErrGeneric);  // it exists now
 }
 
 TEST(FileSpec, ModificationTimeIsUtc) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("f"), "");
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("f"), "");
   // 2021-03-04 05:06:07.890 UTC
-  const struct timespec times[2] = {{1614834367, 890000000}, {1614834367, 890000000}};
-  ASSERT_EQ(::utimensat(AT_FDCWD, temp.NativeOf("f").c_str(), times, 0), 0);
+  ASSERT_TRUE(tovtest::SetModificationTime(temp.NativeOf("f"), 1614834367, 890000000));
   Halyard::VDateTime t{};
   EXPECT_EQ(CFileSpec(temp.Lib("f")).GetModificationTime(&t), 0u);
   EXPECT_EQ(t.year, 2021);
@@ -106,8 +104,8 @@ TEST(FileSpec, ModificationTimeIsUtc) {
 }
 
 TEST(FileSpec, CreationTimeIsRecentForANewFile) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("f"), "");
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("f"), "");
   Halyard::VDateTime t{};
   EXPECT_EQ(CFileSpec(temp.Lib("f")).GetCreationTime(&t), 0u);
   EXPECT_GE(t.year, 2024);
@@ -117,7 +115,7 @@ TEST(FileSpec, CreationTimeIsRecentForANewFile) {
 }
 
 TEST(FileSpec, TimesOfMissingFileAnswerSixAndLeaveOutput) {
-  TempFolder temp;
+  TempTree temp;
   Halyard::VDateTime t{};
   t.year = 1999;
   EXPECT_EQ(CFileSpec(temp.Lib("missing")).GetCreationTime(&t), 6u);
@@ -126,7 +124,7 @@ TEST(FileSpec, TimesOfMissingFileAnswerSixAndLeaveOutput) {
 }
 
 TEST(FileSpec, GetFileSizeOfMissingFileIsZeroAndFails) {
-  TempFolder temp;
+  TempTree temp;
   std::uint64_t size = 77;
   EXPECT_EQ(CFileSpec(temp.Lib("missing")).GetFileSize(&size), TOV::kErrGetSizeFailed);
   EXPECT_EQ(size, 0u);
@@ -134,16 +132,16 @@ TEST(FileSpec, GetFileSizeOfMissingFileIsZeroAndFails) {
 }
 
 TEST(FileSpec, GetFileSizeReadsSize) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("f"), "12345");
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("f"), "12345");
   std::uint64_t size = 0;
   EXPECT_EQ(CFileSpec(temp.Lib("f")).GetFileSize(&size), 0u);
   EXPECT_EQ(size, 5u);
 }
 
 TEST(FileSpec, GetFileSizeFailsWhileAPortHoldsTheFile) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("f"), "12345");
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("f"), "12345");
   Halyard::CFilePort port(Halyard::kAccessRead, 0);
   const UTF16String path = temp.Lib("f");
   ASSERT_EQ(port.Open(path.c_str()), 0u);
@@ -156,15 +154,15 @@ TEST(FileSpec, GetFileSizeFailsWhileAPortHoldsTheFile) {
 }
 
 TEST(FileSpec, OpenReadStreamOfMissingFileIsNull) {
-  TempFolder temp;
+  TempTree temp;
   EXPECT_EQ(CFileSpec(temp.Lib("missing")).OpenReadStream(Halyard::kHaldLittleEndian), nullptr);
   EXPECT_EQ(CFileSpec().OpenReadStream(Halyard::kHaldLittleEndian), nullptr);
   EXPECT_EQ(CFileSpec().OpenWriteStream(Halyard::kHaldLittleEndian), nullptr);
 }
 
 TEST(FileSpec, OpenWriteStreamTruncatesAndStreamsRoundTrip) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("f"), "previous longer contents");
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("f"), "previous longer contents");
   CFileSpec spec(temp.Lib("f"));
   {
     std::unique_ptr<Halyard::CWriteStream> out(spec.OpenWriteStream(Halyard::kHaldBigEndian));
@@ -172,7 +170,7 @@ TEST(FileSpec, OpenWriteStreamTruncatesAndStreamsRoundTrip) {
     EXPECT_EQ(std::filesystem::file_size(temp.NativeOf("f")), 0u);
     out->PutInt(static_cast<std::int32_t>(0x01020304));
   }
-  EXPECT_EQ(files_test::ReadFile(temp.NativeOf("f")), std::string("\x01\x02\x03\x04", 4));
+  EXPECT_EQ(tovtest::ReadFile(temp.NativeOf("f")), std::string("\x01\x02\x03\x04", 4));
   std::unique_ptr<Halyard::CReadStream> in(spec.OpenReadStream(Halyard::kHaldLittleEndian));
   ASSERT_NE(in, nullptr);
   std::int32_t value = 0;
@@ -231,8 +229,8 @@ struct FreeSpaceSeam {
 }  // namespace
 
 TEST(DiskSpaceCheck, NeedsStrictlyMoreThanOneAndAQuarterTimesTheSource) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("src"), std::string(100, 's'));
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("src"), std::string(100, 's'));
   FreeSpaceSeam seam;
   const UTF16String src = temp.Lib("src");
   const UTF16String dst = u"C:\\out\\dest\\x.mp4"_u16;
@@ -246,7 +244,7 @@ TEST(DiskSpaceCheck, NeedsStrictlyMoreThanOneAndAQuarterTimesTheSource) {
 }
 
 TEST(DiskSpaceCheck, MissingSourceOrNullArgumentsFail) {
-  TempFolder temp;
+  TempTree temp;
   FreeSpaceSeam seam;
   gFreeAnswer = 1u << 30;
   const UTF16String missing = temp.Lib("missing");
@@ -258,8 +256,8 @@ TEST(DiskSpaceCheck, MissingSourceOrNullArgumentsFail) {
 }
 
 TEST(DiskSpaceCheck, RealFreeSpaceOfExistingFolder) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("src"), "tiny");
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("src"), "tiny");
   const UTF16String src = temp.Lib("src");
   const UTF16String dst = temp.Lib("out.bin");
   EXPECT_EQ(Halyard::CheckReEncodeDiskSpaceRemaining(src.c_str(), dst.c_str()), 0u);

@@ -1,57 +1,20 @@
-// Shared helpers of the files tests: temporary folders, environment, paths.
+// The files suite's helpers are the shared test scaffolding (tests/common);
+// files_support.cpp gives every process of the suite a hermetic environment.
 #pragma once
 
-#include <string>
-#include <vector>
-
-#include "basalt/strings.h"
+#include "common/environment.h"
 #include "common/temp_tree.h"
+#include "common/test_files.h"
 
+// The names the OS-layer tests of this folder still spell the older way.
 namespace files_test {
-
-// A fresh folder under $TMPDIR (or the build tree), removed with everything in
-// it when the object goes.
-class TempFolder {
- public:
-  // The folder, native spelling, no trailing '/'.
-  const std::string& Native() const { return mTree.Native(); }
-  // The folder as a library path (backslashes), no trailing separator.
-  UTF16String Lib() const { return tovtest::LibraryPath(Native()); }
-  // A library path of an entry below the folder: Lib() + "\" + relative
-  // (relative given with '/' or '\').
-  UTF16String Lib(const std::string& relative) const {
-    return tovtest::LibraryPath(NativeOf(relative));
-  }
-  std::string NativeOf(const std::string& relative) const { return mTree.NativeOf(relative); }
-
- private:
-  tovtest::TempTree mTree{"tovfiles"};
-};
-
-// Sets (or, with nullptr, unsets) an environment variable for the object's
-// lifetime.
-class ScopedEnv {
- public:
-  ScopedEnv(const char* name, const char* value);
-  ~ScopedEnv();
-  ScopedEnv(const ScopedEnv&) = delete;
-  ScopedEnv& operator=(const ScopedEnv&) = delete;
-
- private:
-  std::string mName;
-  bool mHad = false;
-  std::string mOld;
-};
-
-// A native path as a library path.
-UTF16String Lib(const std::string& native);
-// Library path/text as UTF-8 (for messages and comparisons).
-std::string U8(const UTF16String& text);
-UTF16String U16(const std::string& text);
-
-void WriteFile(const std::string& native, const std::string& contents);
-std::string ReadFile(const std::string& native);
-void MakeFolder(const std::string& native);
-bool Exists(const std::string& native);
-
+using TempFolder = tovtest::TempTree;
+using tovtest::Exists;
+using tovtest::Lib;
+using tovtest::MakeFolder;
+using tovtest::ReadFile;
+using tovtest::ScopedEnv;
+using tovtest::U16;
+using tovtest::U8;
+using tovtest::WriteFile;
 }  // namespace files_test

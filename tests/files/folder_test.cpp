@@ -1,6 +1,5 @@
 // Folders: static queries, creation, free space, plain and filtered listings.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -14,10 +13,10 @@
 #include "tovfoundation/files.h"
 
 using namespace basalt::literals;
-using files_test::TempFolder;
-using files_test::U16;
-using files_test::U8;
 using Halyard::FileUtils::Folder;
+using tovtest::TempTree;
+using tovtest::U16;
+using tovtest::U8;
 
 namespace {
 
@@ -41,8 +40,8 @@ TEST(WideFolder, CreateFolderObjectAcceptsAnyPathEvenEmpty) {
 }
 
 TEST(WideFolder, ExistsOnDiskAndIsFolderNeedAFolder) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("f"), "");
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("f"), "");
   EXPECT_TRUE(Folder::ExistsOnDisk(temp.Lib()));
   EXPECT_TRUE(Folder::IsFolder(temp.Lib()));
   EXPECT_FALSE(Folder::ExistsOnDisk(temp.Lib("f")));
@@ -51,15 +50,15 @@ TEST(WideFolder, ExistsOnDiskAndIsFolderNeedAFolder) {
 }
 
 TEST(WideFolder, CreateOnDiskMakesMissingParents) {
-  TempFolder temp;
+  TempTree temp;
   EXPECT_TRUE(Folder::CreateOnDisk(temp.Lib("new\\deep\\path")));
   EXPECT_TRUE(Folder::IsFolder(temp.Lib("new\\deep\\path")));
 }
 
 TEST(WideFolder, CreateOnDiskOnExistingFolderFails) {
-  TempFolder temp;
+  TempTree temp;
   EXPECT_FALSE(Folder::CreateOnDisk(temp.Lib()));
-  files_test::WriteFile(temp.NativeOf("file"), "");
+  tovtest::WriteFile(temp.NativeOf("file"), "");
   EXPECT_FALSE(Folder::CreateOnDisk(temp.Lib("file")));
 }
 
@@ -70,13 +69,13 @@ TEST(WideFolder, CreateOnDiskRejectsRelativePath) {
 }
 
 TEST(WideFolder, CreateOnDiskThroughAFileFails) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("file"), "");
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("file"), "");
   EXPECT_FALSE(Folder::CreateOnDisk(temp.Lib("file\\sub")));
 }
 
 TEST(WideFolder, GetFreeSpaceOnDiskOfExistingFolder) {
-  TempFolder temp;
+  TempTree temp;
   std::uint32_t error = 12345;
   const std::uint64_t free = Folder::GetFreeSpaceOnDisk(temp.Lib(), &error);
   EXPECT_GT(free, 0u);
@@ -113,11 +112,11 @@ TEST(WideFolder, GetFreeSpaceOnDiskMapsErrorsThroughTheTable) {
 }
 
 TEST(WideFolderListing, PlainListingSplitsFilesAndFolders) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("a.txt"), "");
-  files_test::WriteFile(temp.NativeOf(".hidden"), "");
-  files_test::MakeFolder(temp.NativeOf("sub"));
-  files_test::WriteFile(temp.NativeOf("sub/inner.txt"), "");
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("a.txt"), "");
+  tovtest::WriteFile(temp.NativeOf(".hidden"), "");
+  tovtest::MakeFolder(temp.NativeOf("sub"));
+  tovtest::WriteFile(temp.NativeOf("sub/inner.txt"), "");
   std::vector<UTF16String> files{u"stale"_u16};
   Halyard::FileUtils::FolderList folders{Folder::CreateFolderObject(u"stale"_u16)};
   Folder::CreateFolderObject(temp.Lib()).GetContainedFileAndFolderList(files, folders);
@@ -126,8 +125,8 @@ TEST(WideFolderListing, PlainListingSplitsFilesAndFolders) {
 }
 
 TEST(WideFolderListing, TrailingSeparatorGivesSameEntriesWithOneSeparator) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("a.txt"), "");
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("a.txt"), "");
   std::vector<UTF16String> plain, slashed;
   Halyard::FileUtils::FolderList f1, f2;
   Folder::CreateFolderObject(temp.Lib()).GetContainedFileAndFolderList(plain, f1);
@@ -138,7 +137,7 @@ TEST(WideFolderListing, TrailingSeparatorGivesSameEntriesWithOneSeparator) {
 }
 
 TEST(WideFolderListing, MissingFolderListsNothing) {
-  TempFolder temp;
+  TempTree temp;
   std::vector<UTF16String> files{u"x"_u16};
   Halyard::FileUtils::FolderList folders;
   Folder::CreateFolderObject(temp.Lib("missing")).GetContainedFileAndFolderList(files, folders);
@@ -150,10 +149,10 @@ TEST(WideFolderListing, MissingFolderListsNothing) {
 }
 
 TEST(WideFolderListing, ExtensionFilterIsCaseSensitiveWithDot) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("a.dll"), "");
-  files_test::WriteFile(temp.NativeOf("b.DLL"), "");
-  files_test::WriteFile(temp.NativeOf("c.txt"), "");
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("a.dll"), "");
+  tovtest::WriteFile(temp.NativeOf("b.DLL"), "");
+  tovtest::WriteFile(temp.NativeOf("c.txt"), "");
   const Folder folder = Folder::CreateFolderObject(temp.Lib());
   std::vector<UTF16String> files;
   Halyard::FileUtils::FolderList folders;
@@ -165,10 +164,10 @@ TEST(WideFolderListing, ExtensionFilterIsCaseSensitiveWithDot) {
 }
 
 TEST(WideFolderListing, TitleFilterIsCaseInsensitiveSubstring) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("MyEncoder.dll"), "");
-  files_test::WriteFile(temp.NativeOf("Other.dll"), "");
-  files_test::WriteFile(temp.NativeOf("enc"), "");
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("MyEncoder.dll"), "");
+  tovtest::WriteFile(temp.NativeOf("Other.dll"), "");
+  tovtest::WriteFile(temp.NativeOf("enc"), "");
   const Folder folder = Folder::CreateFolderObject(temp.Lib());
   std::vector<UTF16String> files;
   Halyard::FileUtils::FolderList folders;
@@ -186,11 +185,11 @@ TEST(WideFolderListing, TitleFilterIsCaseInsensitiveSubstring) {
 }
 
 TEST(WideFolderListing, FilteredListingAppendsAndListsDirectSubfoldersWhenNotRecursive) {
-  TempFolder temp;
-  files_test::MakeFolder(temp.NativeOf("empty"));
-  files_test::MakeFolder(temp.NativeOf("full"));
-  files_test::WriteFile(temp.NativeOf("full/x.dll"), "");
-  files_test::WriteFile(temp.NativeOf("y.dll"), "");
+  TempTree temp;
+  tovtest::MakeFolder(temp.NativeOf("empty"));
+  tovtest::MakeFolder(temp.NativeOf("full"));
+  tovtest::WriteFile(temp.NativeOf("full/x.dll"), "");
+  tovtest::WriteFile(temp.NativeOf("y.dll"), "");
   std::vector<UTF16String> files{u"kept"_u16};
   Halyard::FileUtils::FolderList folders;
   Folder::CreateFolderObject(temp.Lib())
@@ -204,14 +203,14 @@ TEST(WideFolderListing, FilteredListingAppendsAndListsDirectSubfoldersWhenNotRec
 }
 
 TEST(WideFolderListing, RecursiveListingReportsOnlySubfoldersThatYieldedFiles) {
-  TempFolder temp;
-  files_test::MakeFolder(temp.NativeOf("empty"));
-  files_test::MakeFolder(temp.NativeOf("nomatch"));
-  files_test::WriteFile(temp.NativeOf("nomatch/readme.txt"), "");
-  files_test::MakeFolder(temp.NativeOf("a/b"));
-  files_test::WriteFile(temp.NativeOf("a/b/deep.dll"), "");
-  files_test::WriteFile(temp.NativeOf("a/mid.dll"), "");
-  files_test::WriteFile(temp.NativeOf("top.dll"), "");
+  TempTree temp;
+  tovtest::MakeFolder(temp.NativeOf("empty"));
+  tovtest::MakeFolder(temp.NativeOf("nomatch"));
+  tovtest::WriteFile(temp.NativeOf("nomatch/readme.txt"), "");
+  tovtest::MakeFolder(temp.NativeOf("a/b"));
+  tovtest::WriteFile(temp.NativeOf("a/b/deep.dll"), "");
+  tovtest::WriteFile(temp.NativeOf("a/mid.dll"), "");
+  tovtest::WriteFile(temp.NativeOf("top.dll"), "");
   std::vector<UTF16String> files;
   Halyard::FileUtils::FolderList folders;
   Folder::CreateFolderObject(temp.Lib())
@@ -227,10 +226,10 @@ TEST(WideFolderListing, RecursiveListingReportsOnlySubfoldersThatYieldedFiles) {
 }
 
 TEST(WideFolderListing, RecursiveOrderFollowsTheFileSystemBetweenSiblings) {
-  TempFolder temp;
+  TempTree temp;
   for (const char* name : {"s1", "s2", "s3"}) {
-    files_test::MakeFolder(temp.NativeOf(name));
-    files_test::WriteFile(temp.NativeOf(std::string(name) + "/f.txt"), "");
+    tovtest::MakeFolder(temp.NativeOf(name));
+    tovtest::WriteFile(temp.NativeOf(std::string(name) + "/f.txt"), "");
   }
   std::vector<UTF16String> files;
   Halyard::FileUtils::FolderList plainFolders;
@@ -249,10 +248,10 @@ TEST(WideFolderListing, RecursiveOrderFollowsTheFileSystemBetweenSiblings) {
 }
 
 TEST(WideFolderListing, GetDynamicLoadObjectsFillsFilesOnly) {
-  TempFolder temp;
-  files_test::MakeFolder(temp.NativeOf("plugins"));
-  files_test::WriteFile(temp.NativeOf("plugins/Enc.prm"), "");
-  files_test::WriteFile(temp.NativeOf("plugins/Dec.prm"), "");
+  TempTree temp;
+  tovtest::MakeFolder(temp.NativeOf("plugins"));
+  tovtest::WriteFile(temp.NativeOf("plugins/Enc.prm"), "");
+  tovtest::WriteFile(temp.NativeOf("plugins/Dec.prm"), "");
   std::vector<UTF16String> files;
   const UTF16String title = u"ENC"_u16;
   Folder::CreateFolderObject(temp.Lib()).GetDynamicLoadObjects(title.c_str(), ".prm", files, 1);
@@ -262,8 +261,8 @@ TEST(WideFolderListing, GetDynamicLoadObjectsFillsFilesOnly) {
 // --- the narrow folder ------------------------------------------------------
 
 TEST(NarrowFolder, CreateFolderObjectThrowsUnlessFolder) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("f"), "");
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("f"), "");
   EXPECT_NO_THROW(Halyard::Folder::CreateFolderObject(temp.Native()));
   EXPECT_THROW(Halyard::Folder::CreateFolderObject(temp.NativeOf("f")),
                Halyard::TOVNotAValidFolderPathException);
@@ -273,19 +272,20 @@ TEST(NarrowFolder, CreateFolderObjectThrowsUnlessFolder) {
 }
 
 TEST(NarrowFolder, StaticQueries) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("f"), "");
-  EXPECT_TRUE(Halyard::Folder::ExistsOnDisk(temp.Native()));
-  EXPECT_FALSE(Halyard::Folder::ExistsOnDisk(temp.NativeOf("f")));
-  EXPECT_TRUE(Halyard::Folder::IsFolder(temp.Native()));
-  EXPECT_FALSE(Halyard::Folder::IsFolder(temp.NativeOf("f")));
-  EXPECT_FALSE(Halyard::Folder::CreateOnDisk(temp.Native()));
-  EXPECT_TRUE(Halyard::Folder::CreateOnDisk(temp.NativeOf("x/y/z")));
-  EXPECT_TRUE(Halyard::Folder::IsFolder(temp.NativeOf("x/y/z")));
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("f"), "");
+  // Narrow paths in the library's spelling (backslashes), as on Windows.
+  EXPECT_TRUE(Halyard::Folder::ExistsOnDisk(U8(temp.Lib())));
+  EXPECT_FALSE(Halyard::Folder::ExistsOnDisk(U8(temp.Lib("f"))));
+  EXPECT_TRUE(Halyard::Folder::IsFolder(U8(temp.Lib())));
+  EXPECT_FALSE(Halyard::Folder::IsFolder(U8(temp.Lib("f"))));
+  EXPECT_FALSE(Halyard::Folder::CreateOnDisk(U8(temp.Lib())));
+  EXPECT_TRUE(Halyard::Folder::CreateOnDisk(U8(temp.Lib("x/y/z"))));
+  EXPECT_TRUE(Halyard::Folder::IsFolder(U8(temp.Lib("x/y/z"))));
 }
 
 TEST(NarrowFolder, PlainListingOfNonFolderThrows) {
-  TempFolder temp;
+  TempTree temp;
   auto folder = Halyard::Folder::CreateFolderObject(temp.Native());
   std::filesystem::remove(temp.Native());
   std::vector<std::string> files;
@@ -295,9 +295,9 @@ TEST(NarrowFolder, PlainListingOfNonFolderThrows) {
 }
 
 TEST(NarrowFolder, PlainListingJoinsWithExactlyOneBackslash) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("a.txt"), "");
-  files_test::MakeFolder(temp.NativeOf("sub"));
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("a.txt"), "");
+  tovtest::MakeFolder(temp.NativeOf("sub"));
   const std::string lib = U8(temp.Lib());
   for (const std::string& stored : {lib, lib + "\\"}) {
     SCOPED_TRACE(stored);
@@ -312,12 +312,12 @@ TEST(NarrowFolder, PlainListingJoinsWithExactlyOneBackslash) {
 }
 
 TEST(NarrowFolder, ExtensionFilterIgnoresCaseAndKeepsAllSubfolders) {
-  TempFolder temp;
-  files_test::WriteFile(temp.NativeOf("a.dll"), "");
-  files_test::WriteFile(temp.NativeOf("b.DLL"), "");
-  files_test::WriteFile(temp.NativeOf("c.txt"), "");
-  files_test::MakeFolder(temp.NativeOf("sub"));
-  files_test::WriteFile(temp.NativeOf("sub/d.dll"), "");
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("a.dll"), "");
+  tovtest::WriteFile(temp.NativeOf("b.DLL"), "");
+  tovtest::WriteFile(temp.NativeOf("c.txt"), "");
+  tovtest::MakeFolder(temp.NativeOf("sub"));
+  tovtest::WriteFile(temp.NativeOf("sub/d.dll"), "");
   std::vector<std::string> files;
   Halyard::NarrowFolderList folders;
   Halyard::Folder::CreateFolderObject(U8(temp.Lib()))
@@ -330,12 +330,12 @@ TEST(NarrowFolder, ExtensionFilterIgnoresCaseAndKeepsAllSubfolders) {
 }
 
 TEST(NarrowFolder, TitleFilterListingRecursesLikeTheWideOne) {
-  TempFolder temp;
-  files_test::MakeFolder(temp.NativeOf("a"));
-  files_test::MakeFolder(temp.NativeOf("none"));
-  files_test::WriteFile(temp.NativeOf("a/MyEncoder.dll"), "");
-  files_test::WriteFile(temp.NativeOf("none/other"), "");
-  files_test::WriteFile(temp.NativeOf("ENCODE.txt"), "");
+  TempTree temp;
+  tovtest::MakeFolder(temp.NativeOf("a"));
+  tovtest::MakeFolder(temp.NativeOf("none"));
+  tovtest::WriteFile(temp.NativeOf("a/MyEncoder.dll"), "");
+  tovtest::WriteFile(temp.NativeOf("none/other"), "");
+  tovtest::WriteFile(temp.NativeOf("ENCODE.txt"), "");
   std::vector<std::string> files{"kept"};
   Halyard::NarrowFolderList folders;
   Halyard::Folder::CreateFolderObject(U8(temp.Lib()))

@@ -1,12 +1,6 @@
 // Shared helpers of the foundation tests.
 #include "foundation_support.h"
 
-#include <dirent.h>
-#include <spawn.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -18,9 +12,7 @@
 
 #include "basalt/utf.h"
 
-extern char** environ;
-
-namespace foundation_test {
+namespace tovtest {
 
 namespace {
 
@@ -133,83 +125,13 @@ std::uint32_t FakeHost::Answer(int entry, unsigned short* buffer, std::uint32_t*
 
 // ---------------------------------------------------------------------------
 
-UTF16String Lib(const std::string& native) { return tovtest::LibraryPath(native); }
-
-std::string Native(const UTF16String& library) {
-  std::string out = basalt::UTF16to8(library);
-  std::replace(out.begin(), out.end(), '\\', '/');
-  return out;
+ChildHandle StartChild(const std::string& testName, const std::map<std::string, std::string>& env) {
+  std::map<std::string, std::string> childEnv = env;
+  childEnv["TOV_FOUNDATION_CHILD"] = "1";
+  return StartProcess(SelfPath(), {"--gtest_filter=" + testName, "--gtest_brief=1"}, childEnv);
 }
 
-std::string U8(const UTF16String& text) { return basalt::UTF16to8(text); }
-UTF16String U16(const std::string& text) { return basalt::UTF8to16(text); }
-
-void WriteFileBytes(const std::string& native, const std::string& contents) {
-  std::ofstream out(native, std::ios::binary | std::ios::trunc);
-  out << contents;
-  if (!out) throw std::runtime_error("cannot write " + native);
-}
-
-std::string ReadFileBytes(const std::string& native) {
-  std::ifstream in(native, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-bool Exists(const std::string& native) {
-  struct stat info {};
-  return ::lstat(native.c_str(), &info) == 0;
-}
-
-void MakeFolder(const std::string& native) { ::mkdir(native.c_str(), 0700); }
-
-std::vector<std::string> ListFolder(const std::string& native) {
-  std::vector<std::string> names;
-  if (DIR* dir = ::opendir(native.c_str())) {
-    while (dirent* entry = ::readdir(dir)) {
-      const std::string name = entry->d_name;
-      if (name != "." && name != "..") names.push_back(name);
-    }
-    ::closedir(dir);
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
-int StartChild(const std::string& testName, const std::map<std::string, std::string>& env) {
-  std::vector<std::string> variables;
-  for (char** entry = environ; *entry != nullptr; ++entry) {
-    const std::string text = *entry;
-    const std::string name = text.substr(0, text.find('='));
-    if (env.count(name) == 0 && name != "TOV_FOUNDATION_CHILD") variables.push_back(text);
-  }
-  variables.push_back("TOV_FOUNDATION_CHILD=1");
-  for (const auto& [name, value] : env) variables.push_back(name + "=" + value);
-  std::vector<char*> envp;
-  for (auto& text : variables) envp.push_back(text.data());
-  envp.push_back(nullptr);
-
-  std::string program = "/proc/self/exe";
-  std::string filter = "--gtest_filter=" + testName;
-  std::string quiet = "--gtest_brief=1";
-  std::vector<char*> argv{program.data(), filter.data(), quiet.data(), nullptr};
-  pid_t child = 0;
-  if (::posix_spawn(&child, program.c_str(), nullptr, nullptr, argv.data(), envp.data()) != 0) {
-    return -1;
-  }
-  return static_cast<int>(child);
-}
-
-int WaitChild(int child) {
-  if (child < 0) return -1;
-  int status = 0;
-  while (::waitpid(static_cast<pid_t>(child), &status, 0) < 0) {
-  }
-  if (WIFEXITED(status)) return WEXITSTATUS(status);
-  if (WIFSIGNALED(status)) return 128 + WTERMSIG(status);
-  return -1;
-}
+int WaitChild(ChildHandle child) { return WaitProcess(child); }
 
 int RunChild(const std::string& testName, const std::map<std::string, std::string>& env) {
   return WaitChild(StartChild(testName, env));
@@ -220,4 +142,4 @@ bool IsChild() {
   return value != nullptr && std::strcmp(value, "1") == 0;
 }
 
-}  // namespace foundation_test
+}  // namespace tovtest

@@ -1,6 +1,7 @@
 // Shared helpers of the foundation tests: a fake host (services manager and
-// folder table) that records every call, temporary folders, files, and
-// running this test program again as a second process.
+// folder table) that records every call, and running this test program again
+// as a second process. Temporary folders and files are the shared scaffolding
+// (tests/common).
 #pragma once
 
 #include <array>
@@ -11,10 +12,12 @@
 #include <vector>
 
 #include "basalt/strings.h"
+#include "common/child_process.h"
 #include "common/temp_tree.h"
+#include "common/test_files.h"
 #include "tovfoundation/common.h"
 
-namespace foundation_test {
+namespace tovtest {
 
 // One call the fake host saw.
 struct HostCall {
@@ -72,42 +75,26 @@ class FakeHost : public Halyard::IVServicesManager {
   std::array<void*, 20> mTable{};
 };
 
-// A fresh folder under $TMPDIR (or the build tree), removed with its contents.
-class TempFolder {
- public:
-  const std::string& Native() const { return mTree.Native(); }
-  std::string NativeOf(const std::string& relative) const { return mTree.NativeOf(relative); }
-  // Library spelling (backslashes).
-  UTF16String Lib() const { return tovtest::LibraryPath(Native()); }
-  UTF16String Lib(const std::string& relative) const {
-    return tovtest::LibraryPath(NativeOf(relative));
-  }
-
- private:
-  tovtest::TempTree mTree{"tovfoundation-test"};
-};
-
-UTF16String Lib(const std::string& native);
-std::string Native(const UTF16String& library);
-std::string U8(const UTF16String& text);
-UTF16String U16(const std::string& text);
-
-void WriteFileBytes(const std::string& native, const std::string& contents);
-std::string ReadFileBytes(const std::string& native);
-bool Exists(const std::string& native);
-void MakeFolder(const std::string& native);
-// Names of the entries of a folder (not "." or ".."), sorted.
-std::vector<std::string> ListFolder(const std::string& native);
-
 // Runs this test program again with only `testName` (Suite.Name), with the
 // environment variable TOV_FOUNDATION_CHILD=1 and the extra variables given.
 // Returns the exit status (or 128 + signal).
 int RunChild(const std::string& testName, const std::map<std::string, std::string>& env);
-// The same, without waiting: the child's process number (-1 on failure), for
-// WaitChild, which returns its exit status (or 128 + signal).
-int StartChild(const std::string& testName, const std::map<std::string, std::string>& env);
-int WaitChild(int child);
+// The same, without waiting: the child (-1 on failure), for WaitChild, which
+// returns its exit status (or 128 + signal).
+ChildHandle StartChild(const std::string& testName, const std::map<std::string, std::string>& env);
+int WaitChild(ChildHandle child);
 // True in a program started by RunChild.
 bool IsChild();
 
+}  // namespace tovtest
+
+// The names the OS-layer tests of this folder still spell the older way.
+namespace foundation_test {
+using TempFolder = tovtest::TempTree;
+using tovtest::Exists;
+using tovtest::MakeFolder;
+inline std::string ReadFileBytes(const std::string& native) { return tovtest::ReadFile(native); }
+inline void WriteFileBytes(const std::string& native, const std::string& contents) {
+  tovtest::WriteFile(native, contents);
+}
 }  // namespace foundation_test

@@ -10,8 +10,8 @@
 namespace {
 
 using namespace basalt::literals;
-using foundation_test::FakeHost;
-using foundation_test::HostCall;
+using tovtest::FakeHost;
+using tovtest::HostCall;
 
 class HostFolders : public ::testing::Test {
  protected:
@@ -89,13 +89,13 @@ TEST_F(HostFolders, TerminateReleasesOnceAndNullsPointerWhateverManagerSays) {
 TEST_F(HostFolders, EveryQueryCallsItsOwnEntryWithTwoCallProtocol) {
   for (const auto& query : kQueries) {
     SCOPED_TRACE(query.name);
-    host.SetFolder(query.entry, u"C:\\App\\"_u16 + foundation_test::U16(query.name));
+    host.SetFolder(query.entry, u"C:\\App\\"_u16 + tovtest::U16(query.name));
   }
   ASSERT_EQ(TOV::Paths::Initialize(&host), 0u);
   for (const auto& query : kQueries) {
     SCOPED_TRACE(query.name);
     host.ClearCalls();
-    EXPECT_EQ(query.query(), u"C:\\App\\"_u16 + foundation_test::U16(query.name));
+    EXPECT_EQ(query.query(), u"C:\\App\\"_u16 + tovtest::U16(query.name));
     const auto calls = host.Calls();
     ASSERT_EQ(calls.size(), 2u);
     EXPECT_EQ(calls[0].entry, query.entry);

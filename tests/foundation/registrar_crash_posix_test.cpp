@@ -25,10 +25,10 @@ namespace {
 
 using namespace basalt::literals;
 using basalt::proplist::PropList;
-using foundation_test::FakeHost;
-using foundation_test::TempFolder;
-using foundation_test::U16;
-using foundation_test::U8;
+using tovtest::FakeHost;
+using tovtest::TempTree;
+using tovtest::U16;
+using tovtest::U8;
 
 // Registers the pairs of TOV_TEST_PAIRS like ChildProcess.
 // RegistrarRegistersReportingEach, under a file-size limit of
@@ -36,16 +36,15 @@ using foundation_test::U8;
 // then writes "saveStatus|systemError" of the last registration to
 // TOV_TEST_OUT.
 TEST(ChildProcess, RegistrarRegistersUnderFileSizeLimit) {
-  if (!foundation_test::IsChild()) GTEST_SKIP() << "runs only as a second process";
+  if (!tovtest::IsChild()) GTEST_SKIP() << "runs only as a second process";
   FakeHost host;
-  host.SetFolder(TOV::Paths::kCacheFolderEntry,
-                 foundation_test::Lib(std::getenv("TOV_TEST_CACHE")));
+  host.SetFolder(TOV::Paths::kCacheFolderEntry, tovtest::Lib(std::getenv("TOV_TEST_CACHE")));
   ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
   ::signal(SIGXFSZ, SIG_IGN);
   const rlimit limit{static_cast<rlim_t>(std::atoll(std::getenv("TOV_TEST_FSIZE"))),
                      static_cast<rlim_t>(std::atoll(std::getenv("TOV_TEST_FSIZE")))};
   ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
-  std::istringstream pairs(foundation_test::ReadFileBytes(std::getenv("TOV_TEST_PAIRS")));
+  std::istringstream pairs(tovtest::ReadFile(std::getenv("TOV_TEST_PAIRS")));
   std::string line;
   std::uint32_t status = 0;
   while (std::getline(pairs, line)) {
@@ -56,7 +55,7 @@ TEST(ChildProcess, RegistrarRegistersUnderFileSizeLimit) {
   const std::string out = std::to_string(status) + "|" + std::to_string(report.saveStatus) + "|" +
                           std::to_string(report.saveSystemError);
   // Written before the limit could bite: the report is a few bytes.
-  foundation_test::WriteFileBytes(std::getenv("TOV_TEST_OUT"), out);
+  tovtest::WriteFile(std::getenv("TOV_TEST_OUT"), out);
   ::_exit(0);  // no save at exit: the parent looks at the list as the failed save left it
 }
 
@@ -68,8 +67,8 @@ class RegistrarCrash : public ::testing::Test {
     TOVFoundation::Terminate(&host);
   }
   FakeHost host;
-  TempFolder cache;
-  TempFolder work;
+  TempTree cache;
+  TempTree work;
 };
 
 TEST_F(RegistrarCrash, KilledRegistrarsLoseNothingTheyReported) {
@@ -85,16 +84,16 @@ TEST_F(RegistrarCrash, KilledRegistrarsLoseNothingTheyReported) {
     }
     const std::string pairsFile = work.NativeOf("pairs" + std::to_string(run));
     const std::string outFile = work.NativeOf("out" + std::to_string(run));
-    foundation_test::WriteFileBytes(pairsFile, pairs);
-    const int child = foundation_test::StartChild("ChildProcess.RegistrarRegistersReportingEach",
-                                                  {{"TOV_TEST_CACHE", cache.Native()},
-                                                   {"TOV_TEST_PAIRS", pairsFile},
-                                                   {"TOV_TEST_OUT", outFile}});
+    tovtest::WriteFile(pairsFile, pairs);
+    const tovtest::ChildHandle child = tovtest::StartChild(
+        "ChildProcess.RegistrarRegistersReportingEach", {{"TOV_TEST_CACHE", cache.Native()},
+                                                         {"TOV_TEST_PAIRS", pairsFile},
+                                                         {"TOV_TEST_OUT", outFile}});
     ASSERT_GT(child, 0);
     std::this_thread::sleep_for(std::chrono::milliseconds(delayMs(random)));
     if (::kill(child, SIGKILL) == 0) ++kills;
-    foundation_test::WaitChild(child);
-    std::istringstream lines(foundation_test::ReadFileBytes(outFile));
+    tovtest::WaitChild(child);
+    std::istringstream lines(tovtest::ReadFile(outFile));
     std::string line;
     int i = 0;
     while (std::getline(lines, line)) {
@@ -107,7 +106,7 @@ TEST_F(RegistrarCrash, KilledRegistrarsLoseNothingTheyReported) {
   // The list always loads; every reported registration is in it with its file.
   PropList list;
   ASSERT_NO_THROW(basalt::proplist::utils::LoadPropList(
-      foundation_test::Lib(cache.NativeOf("MasterFolderList.xml")), list, 0));
+      tovtest::Lib(cache.NativeOf("MasterFolderList.xml")), list, 0));
   host.SetFolder(TOV::Paths::kCacheFolderEntry, cache.Lib());
   ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
   for (const auto& [folder, file] : reported) {
@@ -117,7 +116,7 @@ TEST_F(RegistrarCrash, KilledRegistrarsLoseNothingTheyReported) {
     EXPECT_EQ(U8(found), file);
   }
   // After this first use no temporary file of a killed save is left.
-  for (const auto& name : foundation_test::ListFolder(cache.Native())) {
+  for (const auto& name : tovtest::ListFolder(cache.Native())) {
     EXPECT_EQ(name.find(".tmp"), std::string::npos) << name;
   }
   RecordProperty("registrations_reported", static_cast<int>(reported.size()));
@@ -135,28 +134,28 @@ TEST_F(RegistrarCrash, FileSizeLimitFailsTheSaveAndKeepsThePreviousList) {
   }
   tovimpl::foundation::ResetRegistryForTesting();
   const std::string listPath = cache.NativeOf("MasterFolderList.xml");
-  const std::string before = foundation_test::ReadFileBytes(listPath);
+  const std::string before = tovtest::ReadFile(listPath);
 
   std::string pairs;
   for (int i = 0; i < 40; ++i)
     pairs += "C:\\A rather long folder name to grow the list " + std::to_string(i) + "\n";
-  foundation_test::WriteFileBytes(work.NativeOf("pairs"), pairs);
-  ASSERT_EQ(foundation_test::RunChild("ChildProcess.RegistrarRegistersUnderFileSizeLimit",
-                                      {{"TOV_TEST_CACHE", cache.Native()},
-                                       {"TOV_TEST_PAIRS", work.NativeOf("pairs")},
-                                       {"TOV_TEST_OUT", work.NativeOf("out")},
-                                       {"TOV_TEST_FSIZE", std::to_string(before.size() + 200)}}),
+  tovtest::WriteFile(work.NativeOf("pairs"), pairs);
+  ASSERT_EQ(tovtest::RunChild("ChildProcess.RegistrarRegistersUnderFileSizeLimit",
+                              {{"TOV_TEST_CACHE", cache.Native()},
+                               {"TOV_TEST_PAIRS", work.NativeOf("pairs")},
+                               {"TOV_TEST_OUT", work.NativeOf("out")},
+                               {"TOV_TEST_FSIZE", std::to_string(before.size() + 200)}}),
             0);
   // Every registration answered 0; the save failed with "file too large" or
   // "disk full", and the list on disk is a complete earlier one.
-  const std::string out = foundation_test::ReadFileBytes(work.NativeOf("out"));
+  const std::string out = tovtest::ReadFile(work.NativeOf("out"));
   EXPECT_EQ(out.substr(0, 2), "0|") << out;
   EXPECT_NE(out.find("|3222536193|"), std::string::npos) << out;  // kErrRegistryNotFound
   PropList list;
-  ASSERT_NO_THROW(basalt::proplist::utils::LoadPropList(foundation_test::Lib(listPath), list, 0));
+  ASSERT_NO_THROW(basalt::proplist::utils::LoadPropList(tovtest::Lib(listPath), list, 0));
   EXPECT_GE(list.Size(), 3u);
   EXPECT_LT(list.Size(), 43u);
-  for (const auto& name : foundation_test::ListFolder(cache.Native())) {
+  for (const auto& name : tovtest::ListFolder(cache.Native())) {
     EXPECT_EQ(name.find(".tmp"), std::string::npos) << name;
   }
 }
@@ -164,24 +163,24 @@ TEST_F(RegistrarCrash, FileSizeLimitFailsTheSaveAndKeepsThePreviousList) {
 // --- leftovers of killed saves -----------------------------------------------------------
 
 TEST_F(RegistrarCrash, SavesOfDeadProcessesAreRemovedAtFirstUseEvenWithAList) {
-  basalt::proplist::utils::SavePropList(
-      foundation_test::Lib(cache.NativeOf("MasterFolderList.xml")), PropList());
+  basalt::proplist::utils::SavePropList(tovtest::Lib(cache.NativeOf("MasterFolderList.xml")),
+                                        PropList());
   // A process that has ended, and one that runs (this test's parent).
-  const int ended = foundation_test::StartChild("ChildProcess.NoSuchTest", {});
+  const tovtest::ChildHandle ended = tovtest::StartChild("ChildProcess.NoSuchTest", {});
   ASSERT_GT(ended, 0);
-  foundation_test::WaitChild(ended);
+  tovtest::WaitChild(ended);
   const std::string dead = "MasterFolderList.xml." + std::to_string(ended) + "-4.tmp";
   const std::string live = "MasterFolderList.xml." + std::to_string(::getppid()) + "-1.tmp";
-  foundation_test::WriteFileBytes(cache.NativeOf(dead), "<plist");
-  foundation_test::WriteFileBytes(cache.NativeOf(live), "<plist");
-  foundation_test::WriteFileBytes(cache.NativeOf("other.tmp"), "x");
+  tovtest::WriteFile(cache.NativeOf(dead), "<plist");
+  tovtest::WriteFile(cache.NativeOf(live), "<plist");
+  tovtest::WriteFile(cache.NativeOf("other.tmp"), "x");
   host.SetFolder(TOV::Paths::kCacheFolderEntry, cache.Lib());
   ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
   UTF16String file;
   FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), file);
-  EXPECT_FALSE(foundation_test::Exists(cache.NativeOf(dead)));
-  EXPECT_TRUE(foundation_test::Exists(cache.NativeOf(live)));
-  EXPECT_TRUE(foundation_test::Exists(cache.NativeOf("other.tmp")));
+  EXPECT_FALSE(tovtest::Exists(cache.NativeOf(dead)));
+  EXPECT_TRUE(tovtest::Exists(cache.NativeOf(live)));
+  EXPECT_TRUE(tovtest::Exists(cache.NativeOf("other.tmp")));
 }
 
 // The control characters the registrar accepts (tab, line feed, carriage
@@ -194,10 +193,10 @@ TEST_F(RegistrarCrash, AcceptedControlCharactersReadBackExactlyInPlistlib) {
     ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\M"_u16, U16(name), file), 0u);
   }
   const std::string script = work.NativeOf("keys.py");
-  foundation_test::WriteFileBytes(script,
-                                  "import plistlib, sys\n"
-                                  "with open(sys.argv[1], 'rb') as f: d = plistlib.load(f)\n"
-                                  "for k in sorted(d): print(' '.join(str(ord(c)) for c in k))\n");
+  tovtest::WriteFile(script,
+                     "import plistlib, sys\n"
+                     "with open(sys.argv[1], 'rb') as f: d = plistlib.load(f)\n"
+                     "for k in sorted(d): print(' '.join(str(ord(c)) for c in k))\n");
   const std::string command =
       "/usr/bin/python3 " + script + " '" + cache.NativeOf("MasterFolderList.xml") + "'";
   FILE* pipe = ::popen(command.c_str(), "r");

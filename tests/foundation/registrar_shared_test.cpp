@@ -1,8 +1,6 @@
 // The cache-folder registrar shared by several processes, and when things
 // break: damaged lists, full disks, text the list cannot store.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
@@ -28,10 +26,10 @@ namespace {
 
 using namespace basalt::literals;
 using basalt::proplist::PropList;
-using foundation_test::FakeHost;
-using foundation_test::TempFolder;
-using foundation_test::U16;
-using foundation_test::U8;
+using tovtest::FakeHost;
+using tovtest::TempTree;
+using tovtest::U16;
+using tovtest::U8;
 
 namespace platform = tovimpl::platform;
 
@@ -43,7 +41,7 @@ constexpr std::uint32_t kDiskFull = 112;
 void HostChild(FakeHost& host) {
   const char* cacheFolder = std::getenv("TOV_TEST_CACHE");
   ASSERT_NE(cacheFolder, nullptr);
-  host.SetFolder(TOV::Paths::kCacheFolderEntry, foundation_test::Lib(cacheFolder));
+  host.SetFolder(TOV::Paths::kCacheFolderEntry, tovtest::Lib(cacheFolder));
   ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
 }
 
@@ -51,7 +49,7 @@ std::vector<std::pair<UTF16String, UTF16String>> ChildPairs() {
   std::vector<std::pair<UTF16String, UTF16String>> pairs;
   const char* pairsFile = std::getenv("TOV_TEST_PAIRS");
   if (pairsFile == nullptr) return pairs;
-  std::istringstream lines(foundation_test::ReadFileBytes(pairsFile));
+  std::istringstream lines(tovtest::ReadFile(pairsFile));
   std::string line;
   while (std::getline(lines, line)) {
     const auto bar = line.find('|');
@@ -64,7 +62,7 @@ std::vector<std::pair<UTF16String, UTF16String>> ChildPairs() {
 // TOV_TEST_OUT right after each one, so that a process killed midway has
 // reported exactly the registrations that returned.
 TEST(ChildProcess, RegistrarRegistersReportingEach) {
-  if (!foundation_test::IsChild()) GTEST_SKIP() << "runs only as a second process";
+  if (!tovtest::IsChild()) GTEST_SKIP() << "runs only as a second process";
   FakeHost host;
   HostChild(host);
   const char* outFile = std::getenv("TOV_TEST_OUT");
@@ -84,13 +82,13 @@ TEST(ChildProcess, RegistrarRegistersReportingEach) {
 // Looks every pair of TOV_TEST_PAIRS up, over and over, until the file
 // TOV_TEST_STOP exists.
 TEST(ChildProcess, RegistrarLooksUpUntilStopped) {
-  if (!foundation_test::IsChild()) GTEST_SKIP() << "runs only as a second process";
+  if (!tovtest::IsChild()) GTEST_SKIP() << "runs only as a second process";
   FakeHost host;
   HostChild(host);
   const char* stop = std::getenv("TOV_TEST_STOP");
   ASSERT_NE(stop, nullptr);
   const auto pairs = ChildPairs();
-  while (!foundation_test::Exists(stop)) {
+  while (!tovtest::Exists(stop)) {
     for (const auto& [folder, name] : pairs) {
       UTF16String file;
       FolderRegistrar::FindFolder(folder, name, file);
@@ -117,12 +115,12 @@ class SharedRegistrar : public ::testing::Test {
   std::string ListPath() const { return cache.NativeOf("MasterFolderList.xml"); }
   PropList ListOnDisk() const {
     PropList list;
-    basalt::proplist::utils::LoadPropList(foundation_test::Lib(ListPath()), list, 0);
+    basalt::proplist::utils::LoadPropList(tovtest::Lib(ListPath()), list, 0);
     return list;
   }
   std::vector<std::string> Named(const std::string& ending) const {
     std::vector<std::string> names;
-    for (const auto& name : foundation_test::ListFolder(cache.Native())) {
+    for (const auto& name : tovtest::ListFolder(cache.Native())) {
       if (name.size() >= ending.size() &&
           name.compare(name.size() - ending.size(), ending.size(), ending) == 0) {
         names.push_back(name);
@@ -142,20 +140,20 @@ class SharedRegistrar : public ::testing::Test {
     for (int i = 0; i < count; ++i) {
       text += "C:\\Media\\" + writer + "\\Clip " + std::to_string(i) + "|Thumbs\n";
     }
-    foundation_test::WriteFileBytes(work.NativeOf(file), text);
+    tovtest::WriteFile(work.NativeOf(file), text);
   }
   // The "status|path" lines a child reported.
   std::vector<std::string> Reported(const std::string& out) const {
     std::vector<std::string> lines;
-    std::istringstream text(foundation_test::ReadFileBytes(work.NativeOf(out)));
+    std::istringstream text(tovtest::ReadFile(work.NativeOf(out)));
     std::string line;
     while (std::getline(text, line)) lines.push_back(line);
     return lines;
   }
 
   FakeHost host;
-  TempFolder cache;
-  TempFolder work;
+  TempTree cache;
+  TempTree work;
 };
 
 TEST_F(SharedRegistrar, FourRegistrarsAndTwoLookersLoseNothing) {
@@ -166,20 +164,19 @@ TEST_F(SharedRegistrar, FourRegistrarsAndTwoLookersLoseNothing) {
   WritePairs("look", "W0", kPairs);
   auto lookEnv = ChildEnv("look", "unused");
   lookEnv["TOV_TEST_STOP"] = work.NativeOf("stop");
-  std::vector<int> lookers;
+  std::vector<tovtest::ChildHandle> lookers;
   for (int i = 0; i < 2; ++i) {
-    lookers.push_back(
-        foundation_test::StartChild("ChildProcess.RegistrarLooksUpUntilStopped", lookEnv));
+    lookers.push_back(tovtest::StartChild("ChildProcess.RegistrarLooksUpUntilStopped", lookEnv));
   }
-  std::vector<int> writers;
+  std::vector<tovtest::ChildHandle> writers;
   for (int w = 0; w < kWriters; ++w) {
-    writers.push_back(foundation_test::StartChild(
-        "ChildProcess.RegistrarRegistersReportingEach",
-        ChildEnv("pairs" + std::to_string(w), "out" + std::to_string(w))));
+    writers.push_back(
+        tovtest::StartChild("ChildProcess.RegistrarRegistersReportingEach",
+                            ChildEnv("pairs" + std::to_string(w), "out" + std::to_string(w))));
   }
-  for (int child : writers) EXPECT_EQ(foundation_test::WaitChild(child), 0);
-  foundation_test::WriteFileBytes(work.NativeOf("stop"), "");
-  for (int child : lookers) EXPECT_EQ(foundation_test::WaitChild(child), 0);
+  for (tovtest::ChildHandle child : writers) EXPECT_EQ(tovtest::WaitChild(child), 0);
+  tovtest::WriteFile(work.NativeOf("stop"), "");
+  for (tovtest::ChildHandle child : lookers) EXPECT_EQ(tovtest::WaitChild(child), 0);
 
   // A fresh registry (as a new process) finds every pair with the file its
   // registering process received, and no two pairs share a file.
@@ -207,18 +204,20 @@ TEST_F(SharedRegistrar, FourRegistrarsAndTwoLookersLoseNothing) {
 }
 
 TEST_F(SharedRegistrar, SamePairFromTwoProcessesAtOnceGetsOneFile) {
-  foundation_test::WriteFileBytes(work.NativeOf("pair"), "C:\\Media\\Shared|Thumbs\n");
+  tovtest::WriteFile(work.NativeOf("pair"), "C:\\Media\\Shared|Thumbs\n");
   for (int round = 0; round < 20; ++round) {
     SCOPED_TRACE(round);
-    TempFolder roundCache;
+    TempTree roundCache;
     auto env = ChildEnv("pair", "a" + std::to_string(round));
     env["TOV_TEST_CACHE"] = roundCache.Native();
     auto envB = env;
     envB["TOV_TEST_OUT"] = work.NativeOf("b" + std::to_string(round));
-    const int a = foundation_test::StartChild("ChildProcess.RegistrarRegistersReportingEach", env);
-    const int b = foundation_test::StartChild("ChildProcess.RegistrarRegistersReportingEach", envB);
-    ASSERT_EQ(foundation_test::WaitChild(a), 0);
-    ASSERT_EQ(foundation_test::WaitChild(b), 0);
+    const tovtest::ChildHandle a =
+        tovtest::StartChild("ChildProcess.RegistrarRegistersReportingEach", env);
+    const tovtest::ChildHandle b =
+        tovtest::StartChild("ChildProcess.RegistrarRegistersReportingEach", envB);
+    ASSERT_EQ(tovtest::WaitChild(a), 0);
+    ASSERT_EQ(tovtest::WaitChild(b), 0);
     const auto fromA = Reported("a" + std::to_string(round));
     const auto fromB = Reported("b" + std::to_string(round));
     ASSERT_EQ(fromA.size(), 1u);
@@ -226,7 +225,7 @@ TEST_F(SharedRegistrar, SamePairFromTwoProcessesAtOnceGetsOneFile) {
     EXPECT_EQ(fromA[0].substr(0, 2), "0|");
     EXPECT_EQ(fromA[0], fromB[0]);
     int vpc = 0;
-    for (const auto& name : foundation_test::ListFolder(roundCache.Native())) {
+    for (const auto& name : tovtest::ListFolder(roundCache.Native())) {
       if (name.size() > 4 && name.substr(name.size() - 4) == ".vpc") ++vpc;
     }
     EXPECT_EQ(vpc, 1);
@@ -240,7 +239,7 @@ TEST_F(SharedRegistrar, FindSeesWhatAnotherProcessRegisteredAfterFirstUse) {
   // Another process adds a pair to the list.
   PropList list = ListOnDisk();
   list.CreateChild("C:\\Theirs#n").SetString("CacheFile", u"C:\\Cache\\theirs.vpc"_u16);
-  basalt::proplist::utils::SavePropList(foundation_test::Lib(ListPath()), list);
+  basalt::proplist::utils::SavePropList(tovtest::Lib(ListPath()), list);
   UTF16String found;
   ASSERT_EQ(FolderRegistrar::FindFolder(u"C:\\Theirs"_u16, u"n"_u16, found), 0u);
   EXPECT_EQ(found, u"C:\\Cache\\theirs.vpc"_u16);
@@ -252,7 +251,7 @@ TEST_F(SharedRegistrar, SaveKeepsEntriesAnotherProcessWroteMeanwhile) {
   ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\One"_u16, UTF16String(), mine), 0u);
   PropList list = ListOnDisk();
   list.CreateChild("C:\\Theirs").SetString("CacheFile", u"C:\\Cache\\theirs.vpc"_u16);
-  basalt::proplist::utils::SavePropList(foundation_test::Lib(ListPath()), list);
+  basalt::proplist::utils::SavePropList(tovtest::Lib(ListPath()), list);
   UTF16String second;
   ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Two"_u16, UTF16String(), second), 0u);
   EXPECT_EQ(ListOnDisk().Keys(), (std::vector<UTF8String>{"C:\\One", "C:\\Theirs", "C:\\Two"}));
@@ -269,17 +268,17 @@ TEST_F(SharedRegistrar, DifferentFileOnDiskWinsAndOwnEmptyFileIsRemoved) {
   UTF16String ours;
   ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"n"_u16, ours), 0u);
   platform::SetWriteFaultForTesting(nullptr);
-  ASSERT_TRUE(foundation_test::Exists(foundation_test::Native(ours)));
+  ASSERT_TRUE(tovtest::Exists(tovtest::Native(ours)));
   // ...while another process records the same pair with another file.
   PropList list = ListOnDisk();
   list.CreateChild("C:\\Media#n").SetString("CacheFile", u"C:\\Cache\\theirs.vpc"_u16);
-  basalt::proplist::utils::SavePropList(foundation_test::Lib(ListPath()), list);
+  basalt::proplist::utils::SavePropList(tovtest::Lib(ListPath()), list);
   UTF16String other;
   ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Other"_u16, UTF16String(), other), 0u);
   UTF16String found;
   ASSERT_EQ(FolderRegistrar::FindFolder(u"C:\\Media"_u16, u"n"_u16, found), 0u);
   EXPECT_EQ(found, u"C:\\Cache\\theirs.vpc"_u16);
-  EXPECT_FALSE(foundation_test::Exists(foundation_test::Native(ours)));
+  EXPECT_FALSE(tovtest::Exists(tovtest::Native(ours)));
   UTF16String recorded;
   ASSERT_NE(ListOnDisk().FindChild("C:\\Media#n"), nullptr);
   ListOnDisk().FindChild("C:\\Media#n")->GetString("CacheFile", recorded);
@@ -292,14 +291,14 @@ TEST_F(SharedRegistrar, ProcessThatOnlyLooksUpNeverRewritesTheList) {
   ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"n"_u16, file), 0u);
   Restart();
   platform::FileVersion before{};
-  ASSERT_TRUE(platform::GetFileVersion(foundation_test::Lib(ListPath()), &before));
+  ASSERT_TRUE(platform::GetFileVersion(tovtest::Lib(ListPath()), &before));
   UTF16String found;
   ASSERT_EQ(FolderRegistrar::FindFolder(u"C:\\Media"_u16, u"n"_u16, found), 0u);
   EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\Absent"_u16, u"n"_u16, found),
             TOV::kErrRegistryNotFound);
   Restart();
   platform::FileVersion after{};
-  ASSERT_TRUE(platform::GetFileVersion(foundation_test::Lib(ListPath()), &after));
+  ASSERT_TRUE(platform::GetFileVersion(tovtest::Lib(ListPath()), &after));
   EXPECT_EQ(after, before);  // the same file, never replaced
 }
 
@@ -310,7 +309,7 @@ TEST_F(SharedRegistrar, FullDiskLeavesPreviousListIntactAndIsReported) {
   UTF16String first;
   ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\First"_u16, UTF16String(), first), 0u);
   EXPECT_EQ(FolderRegistrar::GetListReport().saveStatus, 0u);
-  const std::string listBefore = foundation_test::ReadFileBytes(ListPath());
+  const std::string listBefore = tovtest::ReadFile(ListPath());
 
   platform::SetWriteFaultForTesting(FailEveryWrite);
   UTF16String second;
@@ -320,7 +319,7 @@ TEST_F(SharedRegistrar, FullDiskLeavesPreviousListIntactAndIsReported) {
   EXPECT_EQ(report.saveStatus, TOV::kErrRegistryNotFound);
   EXPECT_EQ(report.saveSystemError, kDiskFull);
   EXPECT_FALSE(report.saveError.empty());
-  EXPECT_EQ(foundation_test::ReadFileBytes(ListPath()), listBefore);
+  EXPECT_EQ(tovtest::ReadFile(ListPath()), listBefore);
   EXPECT_TRUE(Named(".tmp").empty());
 
   // Room again: the next save writes everything, the earlier pair included.
@@ -336,7 +335,7 @@ TEST_F(SharedRegistrar, FullDiskLeavesPreviousListIntactAndIsReported) {
 // the cache folder; here it strikes while this process writes its list.
 std::string gVanishFolder;
 std::uint32_t DeleteSaveTemporaries(platform::FileHandle, std::uint32_t) {
-  for (const auto& name : foundation_test::ListFolder(gVanishFolder)) {
+  for (const auto& name : tovtest::ListFolder(gVanishFolder)) {
     if (name.size() > 4 && name.substr(name.size() - 4) == ".tmp") {
       std::remove((gVanishFolder + "/" + name).c_str());
     }
@@ -363,7 +362,7 @@ TEST_F(SharedRegistrar, FailedSaveIsRetriedAtExit) {
   platform::SetWriteFaultForTesting(FailEveryWrite);
   UTF16String file;
   ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Late"_u16, UTF16String(), file), 0u);
-  EXPECT_FALSE(foundation_test::Exists(ListPath()));
+  EXPECT_FALSE(tovtest::Exists(ListPath()));
   platform::SetWriteFaultForTesting(nullptr);
   Restart();
   ASSERT_NE(ListOnDisk().FindChild("C:\\Late"), nullptr);
@@ -416,13 +415,13 @@ TEST_F(SharedRegistrar, DamagedListIsSetAsideIntactBeforeItIsReplaced) {
   const std::regex setAsideName(R"(MasterFolderList\.xml\.damaged-\d{8}T\d{6}Z(-\d+)?)");
   for (const Damage& damage : Damages()) {
     SCOPED_TRACE(damage.name);
-    TempFolder roundCache;
+    TempTree roundCache;
     const std::string list = roundCache.NativeOf("MasterFolderList.xml");
     if (damage.folder) {
-      foundation_test::MakeFolder(list);
-      foundation_test::WriteFileBytes(list + "/inside", "kept");
+      tovtest::MakeFolder(list);
+      tovtest::WriteFile(list + "/inside", "kept");
     } else {
-      foundation_test::WriteFileBytes(list, damage.bytes);
+      tovtest::WriteFile(list, damage.bytes);
     }
     host.SetFolder(TOV::Paths::kCacheFolderEntry, roundCache.Lib());
     ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
@@ -435,16 +434,16 @@ TEST_F(SharedRegistrar, DamagedListIsSetAsideIntactBeforeItIsReplaced) {
     const FolderRegistrar::ListReport report = FolderRegistrar::GetListReport();
     EXPECT_EQ(report.saveStatus, 0u);
     ASSERT_FALSE(report.damagedListSetAside.empty());
-    const std::string aside = foundation_test::Native(report.damagedListSetAside);
+    const std::string aside = tovtest::Native(report.damagedListSetAside);
     const std::string asideName = aside.substr(aside.find_last_of('/') + 1);
     EXPECT_TRUE(std::regex_match(asideName, setAsideName)) << asideName;
     if (damage.folder) {
-      EXPECT_EQ(foundation_test::ReadFileBytes(aside + "/inside"), "kept");
+      EXPECT_EQ(tovtest::ReadFile(aside + "/inside"), "kept");
     } else {
-      EXPECT_EQ(foundation_test::ReadFileBytes(aside), damage.bytes);
+      EXPECT_EQ(tovtest::ReadFile(aside), damage.bytes);
     }
     PropList saved;
-    basalt::proplist::utils::LoadPropList(foundation_test::Lib(list), saved, 0);
+    basalt::proplist::utils::LoadPropList(tovtest::Lib(list), saved, 0);
     EXPECT_EQ(saved.Keys(), (std::vector<UTF8String>{"C:\\New"}));
     Restart();
   }
@@ -454,28 +453,28 @@ TEST_F(SharedRegistrar, SecondDamagedListNeverOverwritesTheFirst) {
   Host();
   std::set<std::string> asides;
   for (int round = 0; round < 3; ++round) {
-    foundation_test::WriteFileBytes(ListPath(), "damaged " + std::to_string(round));
+    tovtest::WriteFile(ListPath(), "damaged " + std::to_string(round));
     Restart();
     UTF16String file;
     ASSERT_EQ(
         FolderRegistrar::RegisterFolder(U16("C:\\R" + std::to_string(round)), UTF16String(), file),
         0u);
-    asides.insert(foundation_test::Native(FolderRegistrar::GetListReport().damagedListSetAside));
+    asides.insert(tovtest::Native(FolderRegistrar::GetListReport().damagedListSetAside));
   }
   ASSERT_EQ(asides.size(), 3u);
   std::set<std::string> contents;
-  for (const auto& aside : asides) contents.insert(foundation_test::ReadFileBytes(aside));
+  for (const auto& aside : asides) contents.insert(tovtest::ReadFile(aside));
   EXPECT_EQ(contents, (std::set<std::string>{"damaged 0", "damaged 1", "damaged 2"}));
 }
 
 TEST_F(SharedRegistrar, DamagedListIsLeftAloneByAProcessThatOnlyLooksUp) {
-  foundation_test::WriteFileBytes(ListPath(), "<plist");
+  tovtest::WriteFile(ListPath(), "<plist");
   Host();
   UTF16String file;
   EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), file),
             TOV::kErrRegistryNotFound);
   Restart();
-  EXPECT_EQ(foundation_test::ReadFileBytes(ListPath()), "<plist");
+  EXPECT_EQ(tovtest::ReadFile(ListPath()), "<plist");
   EXPECT_TRUE(Named(".vpc").empty());
 }
 

@@ -1,6 +1,5 @@
 // Ports: the RAM port, the file ports, the factories and CVAutoPtr.
 #include <gtest/gtest.h>
-#include <locale.h>
 
 #include <clocale>
 #include <cstdint>
@@ -17,8 +16,8 @@ using Halyard::CPort;
 using Halyard::CPortEx;
 using Halyard::CStaticRamFilePort;
 using Halyard::CVAutoPtr;
-using streamtest::Bytes;
-using streamtest::TempDir;
+using tovtest::Bytes;
+using tovtest::TempTree;
 
 namespace {
 
@@ -119,7 +118,7 @@ TEST(RamPort, CopiesShareTheBlock) {
 }
 
 TEST(Port, ReadSequentialReportsCountEvenWhenTheReadFailed) {
-  streamtest::ScriptedPort port(kTen);
+  tovtest::ScriptedPort port(kTen);
   port.script.failReadsFrom = 0;
   port.script.readStatus = TOV::kErrReadFailed;
   std::int32_t got = -1;
@@ -127,11 +126,11 @@ TEST(Port, ReadSequentialReportsCountEvenWhenTheReadFailed) {
   port.CPort::ReadSequential(3, 5, got, out);
   EXPECT_EQ(got, 5);
   ASSERT_EQ(port.script.calls.size(), 1u);
-  EXPECT_EQ(port.script.calls[0], (streamtest::PortCall{'r', 3, 5}));
+  EXPECT_EQ(port.script.calls[0], (tovtest::PortCall{'r', 3, 5}));
 }
 
 TEST(PortEx, ReadSequentialSignExtendsTheCount) {
-  streamtest::ScriptedPortEx port(kTen);
+  tovtest::ScriptedPortEx port(kTen);
   port.script.failReadsFrom = 0;
   port.script.readStatus = TOV::kErrReadFailed;
   std::uint64_t got = 0;
@@ -200,92 +199,75 @@ TEST(VAutoPtr, ReleaseHandsTheObjectOver) {
 
 class FilePortTest : public ::testing::Test {
  protected:
-  TempDir dir;
+  TempTree dir;
 };
 
 TEST_F(FilePortTest, FilePortForReadingAMissingFileIsEmpty) {
-  auto port = CPort::FilePort(dir.Library("missing.bin").c_str(), Halyard::kAccessRead);
+  auto port = CPort::FilePort(dir.Lib("missing.bin").c_str(), Halyard::kAccessRead);
   EXPECT_FALSE(port);
   EXPECT_FALSE(port.Owns());
 }
 
 TEST_F(FilePortTest, FilePortReadWriteCreatesAnEmptyFile) {
-  auto port = CPort::FilePort(dir.Library("new.bin").c_str(), Halyard::kAccessReadWrite);
+  auto port = CPort::FilePort(dir.Lib("new.bin").c_str(), Halyard::kAccessReadWrite);
   ASSERT_TRUE(port);
   EXPECT_TRUE(port.Owns());
   EXPECT_EQ(port->Size(), 0u);
-  EXPECT_TRUE(streamtest::Exists(dir.Native("new.bin")));
+  EXPECT_TRUE(tovtest::Exists(dir.NativeOf("new.bin")));
   EXPECT_EQ(port->OwnsResource(), 0);
 }
 
 TEST_F(FilePortTest, FilePortWriteTruncatesAnExistingFile) {
-  streamtest::WriteAll(dir.Native("f.bin"), kTen);
-  auto port = CPort::FilePort(dir.Library("f.bin").c_str(), Halyard::kAccessWrite);
+  tovtest::WriteBytes(dir.NativeOf("f.bin"), kTen);
+  auto port = CPort::FilePort(dir.Lib("f.bin").c_str(), Halyard::kAccessWrite);
   ASSERT_TRUE(port);
   EXPECT_EQ(port->Size(), 0u);
   port.Reset();
-  EXPECT_TRUE(streamtest::ReadAll(dir.Native("f.bin")).empty());
+  EXPECT_TRUE(tovtest::ReadBytes(dir.NativeOf("f.bin")).empty());
 }
 
 TEST_F(FilePortTest, FilePortReadWriteKeepsAnExistingFile) {
-  streamtest::WriteAll(dir.Native("f.bin"), kTen);
-  auto port = CPort::FilePort(dir.Library("f.bin").c_str(), Halyard::kAccessReadWrite);
+  tovtest::WriteBytes(dir.NativeOf("f.bin"), kTen);
+  auto port = CPort::FilePort(dir.Lib("f.bin").c_str(), Halyard::kAccessReadWrite);
   ASSERT_TRUE(port);
   EXPECT_EQ(port->Size(), 10u);
 }
 
 TEST_F(FilePortTest, FileSurvivesAFactoryPort) {
-  { auto port = CPort::FilePort(dir.Library("keep.bin").c_str(), Halyard::kAccessWrite); }
-  EXPECT_TRUE(streamtest::Exists(dir.Native("keep.bin")));
+  { auto port = CPort::FilePort(dir.Lib("keep.bin").c_str(), Halyard::kAccessWrite); }
+  EXPECT_TRUE(tovtest::Exists(dir.NativeOf("keep.bin")));
 }
 
 TEST_F(FilePortTest, FilePortWithNarrowPath) {
-  streamtest::WriteAll(dir.Native("narrow.bin"), kTen);
-  const std::string path = dir.Native("narrow.bin");
+  tovtest::WriteBytes(dir.NativeOf("narrow.bin"), kTen);
+  const std::string path = dir.NativeOf("narrow.bin");
   auto port = CPort::FilePort(path.c_str(), Halyard::kAccessRead);
   ASSERT_TRUE(port);
   EXPECT_EQ(port->Size(), 10u);
   auto portEx = CPortEx::FilePort(path.c_str(), Halyard::kAccessRead);
   ASSERT_TRUE(portEx);
   EXPECT_EQ(portEx->Size(), 10u);
-  EXPECT_FALSE(CPortEx::FilePort(dir.Native("none").c_str(), Halyard::kAccessRead));
+  EXPECT_FALSE(CPortEx::FilePort(dir.NativeOf("none").c_str(), Halyard::kAccessRead));
   EXPECT_FALSE(CPort::FilePort(static_cast<const char*>(nullptr), Halyard::kAccessRead));
   EXPECT_FALSE(
       CPortEx::FilePort(static_cast<const unsigned short*>(nullptr), Halyard::kAccessRead));
 }
 
-TEST_F(FilePortTest, NarrowPathIsWidenedInTheThreadLocale) {
-  locale_t utf8 = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-  if (utf8 == nullptr) GTEST_SKIP() << "no C.UTF-8 locale";
-  locale_t previous = ::uselocale(utf8);
-  const std::string name = "caf\xC3\xA9.bin";  // café.bin in UTF-8
-  CFilePort port(Halyard::kAccessWrite, 0);
-  const std::string path = dir.Native(name);
-  EXPECT_EQ(port.Open(path.c_str()), 0u);
-  ::uselocale(previous);
-  ::freelocale(utf8);
-  EXPECT_TRUE(streamtest::Exists(dir.Native(name)));
-  const unsigned short* stored = port.Path();
-  ASSERT_NE(stored, nullptr);
-  UTF16String text(stored);
-  EXPECT_EQ(text.substr(text.size() - 8), basalt::ToUTF16(u"caf\u00e9.bin"));
-}
-
 TEST_F(FilePortTest, ModesOtherThanWriteAndReadWriteOpenForReading) {
-  streamtest::WriteAll(dir.Native("f.bin"), kTen);
+  tovtest::WriteBytes(dir.NativeOf("f.bin"), kTen);
   CFilePort port(static_cast<Halyard::AccessMode>(7), 0);
-  ASSERT_EQ(port.Open(dir.Library("f.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("f.bin").c_str()), 0u);
   const unsigned char in = 1;
   EXPECT_EQ(port.Write(0, 1, &in), TOV::kErrWriteFailed);
-  EXPECT_EQ(streamtest::ReadAll(dir.Native("f.bin")), kTen);
+  EXPECT_EQ(tovtest::ReadBytes(dir.NativeOf("f.bin")), kTen);
   CFilePort missing(static_cast<Halyard::AccessMode>(-1), 0);
-  EXPECT_EQ(missing.Open(dir.Library("none.bin").c_str()), TOV::kErrOpenFailed);
-  EXPECT_FALSE(streamtest::Exists(dir.Native("none.bin")));
+  EXPECT_EQ(missing.Open(dir.Lib("none.bin").c_str()), TOV::kErrOpenFailed);
+  EXPECT_FALSE(tovtest::Exists(dir.NativeOf("none.bin")));
 }
 
 TEST_F(FilePortTest, ShortReadSucceedsAndFillsWhatIsThere) {
-  streamtest::WriteAll(dir.Native("f.bin"), kTen);
-  auto port = CPort::FilePort(dir.Library("f.bin").c_str(), Halyard::kAccessRead);
+  tovtest::WriteBytes(dir.NativeOf("f.bin"), kTen);
+  auto port = CPort::FilePort(dir.Lib("f.bin").c_str(), Halyard::kAccessRead);
   unsigned char out[10];
   std::memset(out, 0xCC, sizeof out);
   EXPECT_EQ(port->Read(6, 10, out), 0u);
@@ -295,8 +277,8 @@ TEST_F(FilePortTest, ShortReadSucceedsAndFillsWhatIsThere) {
 }
 
 TEST_F(FilePortTest, ReadAtOrPastTheEndFails) {
-  streamtest::WriteAll(dir.Native("f.bin"), kTen);
-  auto port = CPort::FilePort(dir.Library("f.bin").c_str(), Halyard::kAccessRead);
+  tovtest::WriteBytes(dir.NativeOf("f.bin"), kTen);
+  auto port = CPort::FilePort(dir.Lib("f.bin").c_str(), Halyard::kAccessRead);
   unsigned char out[4] = {};
   EXPECT_EQ(port->Read(10, 1, out), TOV::kErrReadFailed);
   EXPECT_EQ(port->Read(50, 4, out), TOV::kErrReadFailed);
@@ -306,7 +288,7 @@ TEST_F(FilePortTest, ReadAtOrPastTheEndFails) {
 
 TEST_F(FilePortTest, WriteThenReadBack) {
   CFilePort port(Halyard::kAccessWrite, 0);
-  ASSERT_EQ(port.Open(dir.Library("w.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("w.bin").c_str()), 0u);
   EXPECT_EQ(port.Write(0, 10, kTen.data()), 0u);
   unsigned char out[2] = {};
   EXPECT_EQ(port.Read(8, 2, out), 0u);
@@ -314,23 +296,23 @@ TEST_F(FilePortTest, WriteThenReadBack) {
   EXPECT_EQ(out[1], 0x19);
   EXPECT_EQ(port.Flush(), 0u);
   EXPECT_EQ(port.Close(), 0u);
-  EXPECT_EQ(streamtest::ReadAll(dir.Native("w.bin")), kTen);
+  EXPECT_EQ(tovtest::ReadBytes(dir.NativeOf("w.bin")), kTen);
 }
 
 TEST_F(FilePortTest, WritePastTheEndExtendsTheFileWithZeros) {
   CFilePort port(Halyard::kAccessWrite, 0);
-  ASSERT_EQ(port.Open(dir.Library("w.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("w.bin").c_str()), 0u);
   const unsigned char in[2] = {0xAB, 0xCD};
   EXPECT_EQ(port.Write(4, 2, in), 0u);
   EXPECT_EQ(port.Size(), 6u);
   port.Close();
-  EXPECT_EQ(streamtest::ReadAll(dir.Native("w.bin")), (Bytes{0, 0, 0, 0, 0xAB, 0xCD}));
+  EXPECT_EQ(tovtest::ReadBytes(dir.NativeOf("w.bin")), (Bytes{0, 0, 0, 0, 0xAB, 0xCD}));
 }
 
 TEST_F(FilePortTest, OpenNullPathIsInvalidArgumentAndChangesNothing) {
-  streamtest::WriteAll(dir.Native("f.bin"), kTen);
+  tovtest::WriteBytes(dir.NativeOf("f.bin"), kTen);
   CFilePort port(Halyard::kAccessRead, 0);
-  ASSERT_EQ(port.Open(dir.Library("f.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("f.bin").c_str()), 0u);
   const unsigned short* before = port.Path();
   EXPECT_EQ(port.Open(static_cast<const unsigned short*>(nullptr)), TOV::kErrInvalidArgument);
   EXPECT_EQ(port.Open(static_cast<const char*>(nullptr)), TOV::kErrInvalidArgument);
@@ -345,7 +327,7 @@ TEST_F(FilePortTest, OpenNullPathIsInvalidArgumentAndChangesNothing) {
 TEST_F(FilePortTest, PathIsNullBeforeTheFirstOpenAndTheGivenPathAfter) {
   CFilePort port(Halyard::kAccessWrite, 0);
   EXPECT_EQ(port.Path(), nullptr);
-  const UTF16String path = dir.Library("p.bin");
+  const UTF16String path = dir.Lib("p.bin");
   port.Open(path.c_str());
   ASSERT_NE(port.Path(), nullptr);
   EXPECT_EQ(UTF16String(port.Path()), path);
@@ -354,33 +336,33 @@ TEST_F(FilePortTest, PathIsNullBeforeTheFirstOpenAndTheGivenPathAfter) {
 TEST_F(FilePortTest, OwningPortDeletesItsFileWhenDestroyedEvenAfterClose) {
   {
     CFilePort port(Halyard::kAccessWrite, 1);
-    ASSERT_EQ(port.Open(dir.Library("owned.bin").c_str()), 0u);
+    ASSERT_EQ(port.Open(dir.Lib("owned.bin").c_str()), 0u);
     port.Write(0, 10, kTen.data());
     EXPECT_EQ(port.Close(), 0u);
-    EXPECT_TRUE(streamtest::Exists(dir.Native("owned.bin")));
+    EXPECT_TRUE(tovtest::Exists(dir.NativeOf("owned.bin")));
   }
-  EXPECT_FALSE(streamtest::Exists(dir.Native("owned.bin")));
+  EXPECT_FALSE(tovtest::Exists(dir.NativeOf("owned.bin")));
   {
     CFilePortEx port(Halyard::kAccessWrite, 1);
-    ASSERT_EQ(port.Open(dir.Library("owned64.bin").c_str()), 0u);
+    ASSERT_EQ(port.Open(dir.Lib("owned64.bin").c_str()), 0u);
   }
-  EXPECT_FALSE(streamtest::Exists(dir.Native("owned64.bin")));
+  EXPECT_FALSE(tovtest::Exists(dir.NativeOf("owned64.bin")));
 }
 
 TEST_F(FilePortTest, SizeOfAPortWhoseOpenFailedIsZero) {
   CFilePort port(Halyard::kAccessRead, 0);
   EXPECT_EQ(port.Size(), 0u);
-  EXPECT_EQ(port.Open(dir.Library("missing.bin").c_str()), TOV::kErrOpenFailed);
+  EXPECT_EQ(port.Open(dir.Lib("missing.bin").c_str()), TOV::kErrOpenFailed);
   EXPECT_EQ(port.Size(), 0u);
   EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorFileNotFound);
   CFilePortEx portEx(Halyard::kAccessRead, 0);
-  EXPECT_EQ(portEx.Open(dir.Library("missing.bin").c_str()), TOV::kErrOpenFailed);
+  EXPECT_EQ(portEx.Open(dir.Lib("missing.bin").c_str()), TOV::kErrOpenFailed);
   EXPECT_EQ(portEx.Size(), 0u);
 }
 
 TEST_F(FilePortTest, OpenInAMissingFolderFails) {
   CFilePort port(Halyard::kAccessWrite, 0);
-  EXPECT_EQ(port.Open(dir.Library("no\\such\\f.bin").c_str()), TOV::kErrOpenFailed);
+  EXPECT_EQ(port.Open(dir.Lib("no\\such\\f.bin").c_str()), TOV::kErrOpenFailed);
   EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorPathNotFound);
 }
 
@@ -405,70 +387,70 @@ TEST_F(FilePortTest, ReadAndWriteOnAClosedPortFail) {
 
 TEST_F(FilePortTest, CloseTwiceReturnsZero) {
   CFilePort port(Halyard::kAccessWrite, 0);
-  ASSERT_EQ(port.Open(dir.Library("c.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("c.bin").c_str()), 0u);
   EXPECT_EQ(port.Close(), 0u);
   EXPECT_EQ(port.Close(), 0u);
   EXPECT_EQ(port.Size(), 0u);
 }
 
 TEST_F(FilePortTest, ReopenAfterClose) {
-  streamtest::WriteAll(dir.Native("a.bin"), kTen);
-  streamtest::WriteAll(dir.Native("b.bin"), Bytes{1, 2});
+  tovtest::WriteBytes(dir.NativeOf("a.bin"), kTen);
+  tovtest::WriteBytes(dir.NativeOf("b.bin"), Bytes{1, 2});
   CFilePort port(Halyard::kAccessRead, 0);
-  ASSERT_EQ(port.Open(dir.Library("a.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("a.bin").c_str()), 0u);
   EXPECT_EQ(port.Size(), 10u);
   port.Close();
-  ASSERT_EQ(port.Open(dir.Library("b.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("b.bin").c_str()), 0u);
   EXPECT_EQ(port.Size(), 2u);
 }
 
 TEST_F(FilePortTest, OpenOverAnOpenHandleLeavesThatHandleOpen) {
   CFilePort port(Halyard::kAccessWrite, 0);
-  ASSERT_EQ(port.Open(dir.Library("first.bin").c_str()), 0u);
-  ASSERT_EQ(port.Open(dir.Library("second.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("first.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("second.bin").c_str()), 0u);
   // The first file is still held for writing: another writer is refused.
   CFilePort other(Halyard::kAccessReadWrite, 0);
-  EXPECT_EQ(other.Open(dir.Library("first.bin").c_str()), TOV::kErrOpenFailed);
+  EXPECT_EQ(other.Open(dir.Lib("first.bin").c_str()), TOV::kErrOpenFailed);
   EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorSharingViolation);
 }
 
 TEST_F(FilePortTest, SetSizeTruncatesAndExtends) {
-  streamtest::WriteAll(dir.Native("f.bin"), kTen);
+  tovtest::WriteBytes(dir.NativeOf("f.bin"), kTen);
   CFilePort port(Halyard::kAccessReadWrite, 0);
-  ASSERT_EQ(port.Open(dir.Library("f.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("f.bin").c_str()), 0u);
   EXPECT_NE(port.Size(4), TOV::kErrSetSizeFailed);
   EXPECT_EQ(port.Size(), 4u);
   EXPECT_NE(port.Size(6), TOV::kErrSetSizeFailed);
   EXPECT_EQ(port.Size(), 6u);
   port.Close();
-  EXPECT_EQ(streamtest::ReadAll(dir.Native("f.bin")), (Bytes{0x10, 0x11, 0x12, 0x13, 0, 0}));
+  EXPECT_EQ(tovtest::ReadBytes(dir.NativeOf("f.bin")), (Bytes{0x10, 0x11, 0x12, 0x13, 0, 0}));
 }
 
 TEST_F(FilePortTest, SetSizeLeavesTheFilePositionAtTheNewSize) {
   // A write at 2^31 cannot seek on the 32-bit port, so it lands at the file
   // position, which Size(6) left at 6.
-  streamtest::WriteAll(dir.Native("f.bin"), kTen);
+  tovtest::WriteBytes(dir.NativeOf("f.bin"), kTen);
   CFilePort port(Halyard::kAccessReadWrite, 0);
-  ASSERT_EQ(port.Open(dir.Library("f.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("f.bin").c_str()), 0u);
   port.Size(6);
   const unsigned char in[2] = {0xAA, 0xBB};
   EXPECT_EQ(port.Write(0x80000000u, 2, in), TOV::kErrWriteFailed);
   port.Close();
-  EXPECT_EQ(streamtest::ReadAll(dir.Native("f.bin")),
+  EXPECT_EQ(tovtest::ReadBytes(dir.NativeOf("f.bin")),
             (Bytes{0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0xAA, 0xBB}));
 }
 
 TEST_F(FilePortTest, SetSizeOnAReadOnlyPortFails) {
-  streamtest::WriteAll(dir.Native("f.bin"), kTen);
+  tovtest::WriteBytes(dir.NativeOf("f.bin"), kTen);
   CFilePort port(Halyard::kAccessRead, 0);
-  ASSERT_EQ(port.Open(dir.Library("f.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("f.bin").c_str()), 0u);
   EXPECT_EQ(port.Size(4), TOV::kErrSetSizeFailed);
   EXPECT_EQ(port.Size(), 10u);
 }
 
 TEST_F(FilePortTest, SixtyFourBitSetSizeReturnsTheLowPartOfTheSize) {
   CFilePortEx port(Halyard::kAccessWrite, 0);
-  ASSERT_EQ(port.Open(dir.Library("f.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("f.bin").c_str()), 0u);
   EXPECT_EQ(port.Size(std::uint64_t{7}), 7u);
   EXPECT_EQ(port.Size(), 7u);
   CFilePortEx closed(Halyard::kAccessWrite, 0);
@@ -476,9 +458,9 @@ TEST_F(FilePortTest, SixtyFourBitSetSizeReturnsTheLowPartOfTheSize) {
 }
 
 TEST_F(FilePortTest, CopiesShareThePathAndTheHandle) {
-  streamtest::WriteAll(dir.Native("f.bin"), kTen);
+  tovtest::WriteBytes(dir.NativeOf("f.bin"), kTen);
   CFilePort port(Halyard::kAccessRead, 0);
-  ASSERT_EQ(port.Open(dir.Library("f.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("f.bin").c_str()), 0u);
   CFilePort copy(port);
   EXPECT_EQ(copy.Path(), port.Path());
   unsigned char byte = 0;
@@ -494,29 +476,29 @@ TEST_F(FilePortTest, CopiesShareThePathAndTheHandle) {
 }
 
 TEST_F(FilePortTest, DestroyingOneCopyClosesTheHandleForAll) {
-  streamtest::WriteAll(dir.Native("f.bin"), kTen);
+  tovtest::WriteBytes(dir.NativeOf("f.bin"), kTen);
   CFilePortEx port(Halyard::kAccessRead, 0);
-  ASSERT_EQ(port.Open(dir.Library("f.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("f.bin").c_str()), 0u);
   { CFilePortEx copy(port); }
   EXPECT_EQ(port.Size(), 0u);
   ASSERT_NE(port.Path(), nullptr);
-  EXPECT_EQ(UTF16String(port.Path()), dir.Library("f.bin"));
+  EXPECT_EQ(UTF16String(port.Path()), dir.Lib("f.bin"));
 }
 
 TEST_F(FilePortTest, OpenOnACopyLeavesTheOtherOnItsFile) {
-  streamtest::WriteAll(dir.Native("a.bin"), kTen);
-  streamtest::WriteAll(dir.Native("b.bin"), Bytes{1, 2, 3});
+  tovtest::WriteBytes(dir.NativeOf("a.bin"), kTen);
+  tovtest::WriteBytes(dir.NativeOf("b.bin"), Bytes{1, 2, 3});
   CFilePort port(Halyard::kAccessRead, 0);
-  ASSERT_EQ(port.Open(dir.Library("a.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("a.bin").c_str()), 0u);
   CFilePort copy(port);
-  ASSERT_EQ(copy.Open(dir.Library("b.bin").c_str()), 0u);
+  ASSERT_EQ(copy.Open(dir.Lib("b.bin").c_str()), 0u);
   EXPECT_EQ(port.Size(), 10u);
   EXPECT_EQ(copy.Size(), 3u);
 }
 
 TEST_F(FilePortTest, LongPathPrefixedPathsOpen) {
-  streamtest::WriteAll(dir.Native("f.bin"), kTen);
-  UTF16String path = basalt::ToUTF16(u"\\\\?\\") + dir.Library("f.bin");
+  tovtest::WriteBytes(dir.NativeOf("f.bin"), kTen);
+  UTF16String path = basalt::ToUTF16(u"\\\\?\\") + dir.Lib("f.bin");
   auto port = CPort::FilePort(path.c_str(), Halyard::kAccessRead);
   ASSERT_TRUE(port);
   EXPECT_EQ(port->Size(), 10u);
@@ -526,11 +508,11 @@ TEST_F(FilePortTest, LongPathPrefixedPathsOpen) {
 
 TEST_F(FilePortTest, ThirtyTwoBitPortAtTwoGiBSeeksNowhereAndReadsAtTheFilePosition) {
   const std::uint64_t size = 0x80000010ull;
-  streamtest::MakeSparse(dir.Native("big.bin"), size,
-                         Bytes{0xA0, 0xA1, 0xA2, 0xA3, 0xA4, 0xA5, 0xA6, 0xA7, 0xA8, 0xA9, 0xAA,
-                               0xAB, 0xAC, 0xAD, 0xAE, 0xAF});
+  tovtest::MakeSparse(dir.NativeOf("big.bin"), size,
+                      Bytes{0xA0, 0xA1, 0xA2, 0xA3, 0xA4, 0xA5, 0xA6, 0xA7, 0xA8, 0xA9, 0xAA, 0xAB,
+                            0xAC, 0xAD, 0xAE, 0xAF});
   CFilePort port(Halyard::kAccessReadWrite, 0);
-  ASSERT_EQ(port.Open(dir.Library("big.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("big.bin").c_str()), 0u);
   EXPECT_EQ(port.Size(), 0x80000010u);
   // Below 2^31 the seek works.
   unsigned char out[4] = {0xCC, 0xCC, 0xCC, 0xCC};
@@ -549,7 +531,7 @@ TEST_F(FilePortTest, ThirtyTwoBitPortAtTwoGiBSeeksNowhereAndReadsAtTheFilePositi
   EXPECT_EQ(port.Write(0x80000000u, 2, in), TOV::kErrWriteFailed);
   port.Close();
   CFilePortEx check(Halyard::kAccessRead, 0);
-  ASSERT_EQ(check.Open(dir.Library("big.bin").c_str()), 0u);
+  ASSERT_EQ(check.Open(dir.Lib("big.bin").c_str()), 0u);
   unsigned char back[4] = {};
   EXPECT_EQ(check.Read(0x80000002ull, 4, back), 0u);
   EXPECT_EQ(back[0], 0xA2);
@@ -559,9 +541,9 @@ TEST_F(FilePortTest, ThirtyTwoBitPortAtTwoGiBSeeksNowhereAndReadsAtTheFilePositi
 }
 
 TEST_F(FilePortTest, ThirtyTwoBitPortSizeAtFourGiBIsTheLowPart) {
-  streamtest::MakeSparse(dir.Native("big.bin"), 0x100000010ull, Bytes{1});
+  tovtest::MakeSparse(dir.NativeOf("big.bin"), 0x100000010ull, Bytes{1});
   CFilePort port(Halyard::kAccessRead, 0);
-  ASSERT_EQ(port.Open(dir.Library("big.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("big.bin").c_str()), 0u);
   EXPECT_EQ(port.Size(), 0x10u);
   // Positions of 4 GiB and more cannot be named; 0xFFFFFFF0 is a negative seek.
   unsigned char out[2] = {0xCC, 0xCC};
@@ -571,19 +553,19 @@ TEST_F(FilePortTest, ThirtyTwoBitPortSizeAtFourGiBIsTheLowPart) {
 }
 
 TEST_F(FilePortTest, ThirtyTwoBitPortSizeOfAllOnesBecomesZero) {
-  streamtest::MakeSparse(dir.Native("big.bin"), 0xFFFFFFFFull, Bytes{1});
+  tovtest::MakeSparse(dir.NativeOf("big.bin"), 0xFFFFFFFFull, Bytes{1});
   CFilePort port(Halyard::kAccessRead, 0);
-  ASSERT_EQ(port.Open(dir.Library("big.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("big.bin").c_str()), 0u);
   EXPECT_EQ(port.Size(), 0u);
   CFilePortEx portEx(Halyard::kAccessRead, 0);
-  ASSERT_EQ(portEx.Open(dir.Library("big.bin").c_str()), 0u);
+  ASSERT_EQ(portEx.Open(dir.Lib("big.bin").c_str()), 0u);
   EXPECT_EQ(portEx.Size(), 0xFFFFFFFFull);
 }
 
 TEST_F(FilePortTest, SixtyFourBitPortReadsAndWritesPastFourGiB) {
-  streamtest::MakeSparse(dir.Native("big.bin"), 0x100000008ull, Bytes{1, 2, 3, 4, 5, 6, 7, 8});
+  tovtest::MakeSparse(dir.NativeOf("big.bin"), 0x100000008ull, Bytes{1, 2, 3, 4, 5, 6, 7, 8});
   CFilePortEx port(Halyard::kAccessReadWrite, 0);
-  ASSERT_EQ(port.Open(dir.Library("big.bin").c_str()), 0u);
+  ASSERT_EQ(port.Open(dir.Lib("big.bin").c_str()), 0u);
   EXPECT_EQ(port.Size(), 0x100000008ull);
   unsigned char out[8] = {};
   EXPECT_EQ(port.Read(0x100000000ull, 8, out), 0u);

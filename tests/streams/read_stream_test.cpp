@@ -12,9 +12,9 @@
 using Halyard::CReadStream;
 using Halyard::kHaldBigEndian;
 using Halyard::kHaldLittleEndian;
-using streamtest::Bytes;
-using streamtest::PortCall;
-using streamtest::ScriptedPort;
+using tovtest::Bytes;
+using tovtest::PortCall;
+using tovtest::ScriptedPort;
 
 namespace {
 
@@ -541,9 +541,9 @@ TEST(ReadStream, AssignmentDestroysTheTargetsStateAndSharesTheSource) {
 }
 
 TEST(ReadStream, OverAFilePortReadsGoldenBytes) {
-  streamtest::TempDir dir;
-  streamtest::WriteAll(dir.Native("in.bin"), Bytes{0x00, 0x01, 0x12, 0x34, 0x56, 0x78, 0xFF});
-  auto port = Halyard::CPort::FilePort(dir.Library("in.bin").c_str(), Halyard::kAccessRead);
+  tovtest::TempTree dir;
+  tovtest::WriteBytes(dir.NativeOf("in.bin"), Bytes{0x00, 0x01, 0x12, 0x34, 0x56, 0x78, 0xFF});
+  auto port = Halyard::CPort::FilePort(dir.Lib("in.bin").c_str(), Halyard::kAccessRead);
   ASSERT_TRUE(port);
   CReadStream stream(port.Release(), kHaldBigEndian, 4096, 0, 0);
   std::int16_t s = 0;

@@ -1,14 +1,12 @@
 // A small program the sharing tests start in a separate process. It tries one
 // kind of open on the file it is given and answers through its exit status:
 // 0 the open worked, 1 it failed, 2 bad usage.
-//   share_probe plain-read <native path>   open(2) read-only and read one byte
+//   share_probe plain-read <native path>   a standard read-only stream, one byte read
 //   share_probe port-read  <library path>  a read-only library port
 //   share_probe port-write <library path>  a read-write library port
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 
 #include "platform/error.h"
 #include "tovfoundation/streams.h"
@@ -18,12 +16,11 @@ int main(int argc, char** argv) {
   const char* mode = argv[1];
   const char* path = argv[2];
   if (std::strcmp(mode, "plain-read") == 0) {
-    const int fd = ::open(path, O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return 1;
-    unsigned char byte = 0;
-    const bool ok = ::read(fd, &byte, 1) >= 0;
-    ::close(fd);
-    return ok ? 0 : 1;
+    std::ifstream in(path, std::ios::binary);
+    if (!in.is_open()) return 1;
+    char byte = 0;
+    in.read(&byte, 1);
+    return in.bad() ? 1 : 0;
   }
   Halyard::AccessMode access;
   if (std::strcmp(mode, "port-read") == 0)

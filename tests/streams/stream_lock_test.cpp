@@ -1,5 +1,7 @@
 // The re-entrant lock of a stream state: depth, the bias of the first thread,
 // its revocation by another thread, and mutual exclusion in every mode.
+#include "streams/stream_lock.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -9,7 +11,6 @@
 #include <vector>
 
 #include "platform/sync.h"
-#include "streams/stream_state.h"
 
 using tovimpl::streams::StreamGuard;
 using tovimpl::streams::StreamLock;

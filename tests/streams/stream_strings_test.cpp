@@ -9,8 +9,8 @@
 using namespace basalt::literals;
 using Halyard::CReadStream;
 using Halyard::CWriteStream;
-using streamtest::Bytes;
-using streamtest::ScriptedPort;
+using tovtest::Bytes;
+using tovtest::ScriptedPort;
 
 namespace {
 
@@ -108,9 +108,9 @@ TEST(StreamStrings, ReadStringThatFillsMaxUnitsNeedsNoTerminator) {
 TEST(StreamStrings, ReadStringRepeatsTheLastUnitAtTheEndOfTheData) {
   // A 2-byte buffer sends every 2-byte read straight to the port, so reads past
   // the end fail and the last unit is appended again.
-  streamtest::TempDir dir;
-  streamtest::WriteAll(dir.Native("s.bin"), Bytes{'A', 0, 'B', 0});
-  auto port = Halyard::CPort::FilePort(dir.Library("s.bin").c_str(), Halyard::kAccessRead);
+  tovtest::TempTree dir;
+  tovtest::WriteBytes(dir.NativeOf("s.bin"), Bytes{'A', 0, 'B', 0});
+  auto port = Halyard::CPort::FilePort(dir.Lib("s.bin").c_str(), Halyard::kAccessRead);
   ASSERT_TRUE(port);
   CReadStream stream(*port, Halyard::kHaldLittleEndian, 2, 0, 0);
   UTF16String text;

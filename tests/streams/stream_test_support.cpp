@@ -1,9 +1,6 @@
 // Shared helpers of the streams tests (see stream_test_support.h).
 #include "streams/stream_test_support.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -11,33 +8,26 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <system_error>
 
 #include "basalt/utf.h"
 
-namespace streamtest {
-
-Bytes ReadAll(const std::string& nativePath) {
-  std::ifstream in(nativePath, std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-void WriteAll(const std::string& nativePath, const Bytes& bytes) {
-  std::ofstream out(nativePath, std::ios::binary | std::ios::trunc);
-  out.write(reinterpret_cast<const char*>(bytes.data()),
-            static_cast<std::streamsize>(bytes.size()));
-}
-
-bool Exists(const std::string& nativePath) { return ::access(nativePath.c_str(), F_OK) == 0; }
+namespace tovtest {
 
 void MakeSparse(const std::string& nativePath, std::uint64_t size, const Bytes& tail) {
-  const int fd = ::open(nativePath.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-  if (fd < 0) throw std::runtime_error("open failed");
-  const bool ok = ::ftruncate(fd, static_cast<off_t>(size)) == 0 &&
-                  (tail.empty() ||
-                   ::pwrite(fd, tail.data(), tail.size(), static_cast<off_t>(size - tail.size())) ==
-                       static_cast<ssize_t>(tail.size()));
-  ::close(fd);
-  if (!ok) throw std::runtime_error("sparse file not made");
+  std::error_code error;
+  {
+    std::ofstream create(nativePath, std::ios::binary | std::ios::trunc);
+    if (!create) throw std::runtime_error("cannot create " + nativePath);
+  }
+  // Growing a file by its size leaves a hole where the system can.
+  std::filesystem::resize_file(nativePath, size, error);
+  if (error) throw std::runtime_error("sparse file not made: " + error.message());
+  if (tail.empty()) return;
+  std::fstream out(nativePath, std::ios::binary | std::ios::in | std::ios::out);
+  out.seekp(static_cast<std::streamoff>(size - tail.size()));
+  out.write(reinterpret_cast<const char*>(tail.data()), static_cast<std::streamsize>(tail.size()));
+  if (!out.flush()) throw std::runtime_error("sparse file's tail not written");
 }
 
 std::uint32_t PortScript::DoRead(std::uint64_t pos, std::int32_t count, void* buffer) {
@@ -125,4 +115,4 @@ std::uint32_t ScriptedPortEx::Flush() {
   return script.flushStatus;
 }
 
-}  // namespace streamtest
+}  // namespace tovtest

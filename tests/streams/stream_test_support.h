@@ -1,5 +1,6 @@
-// Shared helpers of the streams tests: temporary folders, whole-file reads and
-// writes, and a scripted port that records its calls and fails on request.
+// Shared helpers of the streams tests: sparse files, and a scripted port that
+// records its calls and fails on request. Temporary folders and whole-file
+// reads and writes are the shared scaffolding (tests/common).
 #pragma once
 
 #include <cstdint>
@@ -9,27 +10,11 @@
 
 #include "basalt/strings.h"
 #include "common/temp_tree.h"
+#include "common/test_files.h"
 #include "tovfoundation/streams.h"
 
-namespace streamtest {
+namespace tovtest {
 
-using Bytes = std::vector<unsigned char>;
-
-// A fresh folder under $TMPDIR (or the build tree), removed with everything in it.
-class TempDir {
- public:
-  // The native path of `name` inside the folder.
-  std::string Native(const std::string& name) const { return mTree.NativeOf(name); }
-  // The same path in the library's spelling (backslashes), UTF-16.
-  UTF16String Library(const std::string& name) const { return tovtest::LibraryPath(Native(name)); }
-
- private:
-  tovtest::TempTree mTree{"streams-test"};
-};
-
-Bytes ReadAll(const std::string& nativePath);
-void WriteAll(const std::string& nativePath, const Bytes& bytes);
-bool Exists(const std::string& nativePath);
 // A sparse file of `size` bytes with `tail` written at its end.
 void MakeSparse(const std::string& nativePath, std::uint64_t size, const Bytes& tail);
 
@@ -99,4 +84,23 @@ class ScriptedPortEx : public Halyard::CPortEx {
   mutable PortScript script;
 };
 
+}  // namespace tovtest
+
+// The names the OS-layer tests of this folder still spell the older way.
+namespace streamtest {
+using tovtest::Bytes;
+using tovtest::Exists;
+using tovtest::MakeSparse;
+inline Bytes ReadAll(const std::string& nativePath) { return tovtest::ReadBytes(nativePath); }
+inline void WriteAll(const std::string& nativePath, const Bytes& bytes) {
+  tovtest::WriteBytes(nativePath, bytes);
+}
+class TempDir {
+ public:
+  std::string Native(const std::string& name) const { return mTree.NativeOf(name); }
+  UTF16String Library(const std::string& name) const { return mTree.Lib(name); }
+
+ private:
+  tovtest::TempTree mTree{"streams-test"};
+};
 }  // namespace streamtest

@@ -11,10 +11,10 @@
 using Halyard::CWriteStream;
 using Halyard::kHaldBigEndian;
 using Halyard::kHaldLittleEndian;
-using streamtest::Bytes;
-using streamtest::PortCall;
-using streamtest::ScriptedPort;
-using streamtest::ScriptedPortEx;
+using tovtest::Bytes;
+using tovtest::PortCall;
+using tovtest::ScriptedPort;
+using tovtest::ScriptedPortEx;
 
 namespace {
 
@@ -46,15 +46,15 @@ class FailingPutByteStream : public CWriteStream {
 // --- the header's example ---------------------------------------------------------
 
 TEST(WriteStream, HeaderExampleWritesBigEndianInt) {
-  streamtest::TempDir dir;
+  tovtest::TempTree dir;
   {
-    auto port = Halyard::CPort::FilePort(dir.Library("out.bin").c_str(), Halyard::kAccessWrite);
+    auto port = Halyard::CPort::FilePort(dir.Lib("out.bin").c_str(), Halyard::kAccessWrite);
     ASSERT_TRUE(port);
     CWriteStream out(*port, kHaldBigEndian, 4096, 0, 1);
     EXPECT_EQ(out.PutInt(0x01020304), 0u);
     EXPECT_EQ(out.Flush(1), 0u);
   }
-  EXPECT_EQ(streamtest::ReadAll(dir.Native("out.bin")), (Bytes{1, 2, 3, 4}));
+  EXPECT_EQ(tovtest::ReadBytes(dir.NativeOf("out.bin")), (Bytes{1, 2, 3, 4}));
 }
 
 // --- typed writes ---------------------------------------------------------------
@@ -390,10 +390,10 @@ TEST(WriteStream, AssignmentFlushesAndDestroysTheTargetsState) {
 }
 
 TEST(WriteStream, OverAFilePortWritesGoldenBytes) {
-  streamtest::TempDir dir;
+  tovtest::TempTree dir;
   {
     Halyard::CFilePort port(Halyard::kAccessWrite, 0);
-    ASSERT_EQ(port.Open(dir.Library("out.bin").c_str()), 0u);
+    ASSERT_EQ(port.Open(dir.Lib("out.bin").c_str()), 0u);
     CWriteStream stream(port, kHaldBigEndian, 4, 0, 1);
     stream.PutShort(0x0102);
     stream.PutInt(0x03040506);
@@ -401,13 +401,13 @@ TEST(WriteStream, OverAFilePortWritesGoldenBytes) {
     stream.SetPos(0);
     stream.PutByte(0xFF);
   }
-  EXPECT_EQ(streamtest::ReadAll(dir.Native("out.bin")), (Bytes{0xFF, 2, 3, 4, 5, 6, 0, 0}));
+  EXPECT_EQ(tovtest::ReadBytes(dir.NativeOf("out.bin")), (Bytes{0xFF, 2, 3, 4, 5, 6, 0, 0}));
 }
 
 TEST(WriteStream, OverASixtyFourBitFilePortWritesPastFourGiB) {
-  streamtest::TempDir dir;
+  tovtest::TempTree dir;
   {
-    auto port = Halyard::CPortEx::FilePort(dir.Library("big.bin").c_str(), Halyard::kAccessWrite);
+    auto port = Halyard::CPortEx::FilePort(dir.Lib("big.bin").c_str(), Halyard::kAccessWrite);
     ASSERT_TRUE(port);
     CWriteStream stream(port.Release(), kHaldLittleEndian, 4, 0, 0);
     EXPECT_EQ(stream.SetPosW(0x100000000ull), 0u);
@@ -415,7 +415,7 @@ TEST(WriteStream, OverASixtyFourBitFilePortWritesPastFourGiB) {
     EXPECT_EQ(stream.Flush(1), 0u);
   }
   Halyard::CFilePortEx check(Halyard::kAccessRead, 0);
-  ASSERT_EQ(check.Open(dir.Library("big.bin").c_str()), 0u);
+  ASSERT_EQ(check.Open(dir.Lib("big.bin").c_str()), 0u);
   EXPECT_EQ(check.Size(), 0x100000004ull);
   unsigned char back[4] = {};
   EXPECT_EQ(check.Read(0x100000000ull, 4, back), 0u);

@@ -1,19 +1,21 @@
 // tovtool base64 against coreutils: `base64 -d` (line breaks without their
 // CRs) reads what `tovtool base64 encode` writes, and the tool decodes it back.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdint>
 #include <cstdlib>
-#include <fstream>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "common/temp_tree.h"
+#include "common/test_files.h"
+
 namespace {
 
 #ifdef TOVTOOL_PATH
-using Bytes = std::vector<unsigned char>;
+using tovtest::Bytes;
+using tovtest::ReadFile;
 
 Bytes RandomBytes(std::size_t size, std::uint32_t seed) {
   std::mt19937 engine(seed);
@@ -24,20 +26,11 @@ Bytes RandomBytes(std::size_t size, std::uint32_t seed) {
 
 int RunShell(const std::string& command) { return std::system(command.c_str()); }
 
-std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 TEST(Base64Tool, CoreutilsDecodesToolOutput) {
-  std::string folder = std::string(TOV_TEST_BINARY_DIR) + "/base64_tool_XXXXXX";
-  ASSERT_NE(::mkdtemp(folder.data()), nullptr);
+  const tovtest::TempTree temp("base64_tool");
+  const std::string& folder = temp.Native();
   const Bytes bytes = RandomBytes(10000, 5);
-  {
-    std::ofstream out(folder + "/input.bin", std::ios::binary);
-    out.write(reinterpret_cast<const char*>(bytes.data()),
-              static_cast<std::streamsize>(bytes.size()));
-  }
+  tovtest::WriteBytes(folder + "/input.bin", bytes);
   ASSERT_EQ(RunShell(std::string(TOVTOOL_PATH) + " base64 encode " + folder + "/input.bin > " +
                      folder + "/encoded.txt"),
             0);
@@ -52,7 +45,6 @@ TEST(Base64Tool, CoreutilsDecodesToolOutput) {
                      folder + "/again.bin"),
             0);
   EXPECT_EQ(ReadFile(folder + "/again.bin"), std::string(bytes.begin(), bytes.end()));
-  RunShell("rm -rf '" + folder + "'");
 }
 #else
 TEST(Base64Tool, CoreutilsDecodesToolOutput) {

@@ -55,18 +55,6 @@ TEST(StringUtilsConversions, AsciiToUtf16WidensEachByteUpToNul) {
   EXPECT_EQ(SU::VAsciiToUTF16(nullptr), UTF16String());
 }
 
-TEST(StringUtilsConversions, PlatformStringIsUtf8OnPosix) {
-  EXPECT_EQ(SU::PlatformStringToUTF16("C:\\M\xC3\xA9"
-                                      "dias \xE4\xB8\x96"),
-            u"C:\\Médias 世"_u16);
-  EXPECT_EQ(SU::PlatformStringToUTF16(""), UTF16String());
-  EXPECT_EQ(SU::PlatformStringToUTF16(nullptr), UTF16String());
-  EXPECT_EQ(SU::PlatformStringToUTF16("a\xFF"
-                                      "b"),
-            u"a\xFFFD"
-            "b"_u16);
-}
-
 // --- Four-character codes and IsAscii ---------------------------------------------
 
 TEST(StringUtilsFourCC, WaveCodeGivesWave) {

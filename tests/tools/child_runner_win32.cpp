@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <io.h>
 #include <process.h>
-#include <spawn.h>
 #include <sys/stat.h>
 
 #include <cstdio>
@@ -12,6 +11,7 @@
 #include <iterator>
 
 #include "child_runner.h"
+#include "common/child_process.h"
 
 namespace tovtest {
 
@@ -27,8 +27,8 @@ ChildResult RunChild(const std::string& program, const ChildOptions& options) {
   const std::string errPath = options.captureDir + "/child.err";
   const std::string inPath = options.stdinPath.empty() ? "NUL" : options.stdinPath;
   const std::string stdoutPath = options.stdoutPath.empty() ? outPath : options.stdoutPath;
-  std::vector<std::string> quoted{tov_compat_quote(program.c_str())};
-  for (const auto& arg : options.args) quoted.push_back(tov_compat_quote(arg.c_str()));
+  std::vector<std::string> quoted{QuoteArgument(program)};
+  for (const auto& arg : options.args) quoted.push_back(QuoteArgument(arg));
   std::vector<const char*> argv;
   for (const auto& arg : quoted) argv.push_back(arg.c_str());
   argv.push_back(nullptr);

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "child_runner.h"
+#include "common/environment.h"
 #include "common/temp_tree.h"
 
 namespace {
@@ -417,7 +418,7 @@ std::string Group(const Row& row) {
 
 void RunGroup(const std::string& group) {
   // Scripts may have set it; rows that want a cache folder name one.
-  ::unsetenv("TOVTOOL_CACHE_FOLDER");
+  tovtest::SetEnv("TOVTOOL_CACHE_FOLDER", nullptr);
   int run = 0;
   for (const Row& row : Rows()) {
     if (Group(row) != group) continue;

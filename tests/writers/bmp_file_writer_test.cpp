@@ -10,12 +10,12 @@
 #include "writers/writers_support.h"
 
 using namespace Halyard;
-using writers_test::Append;
-using writers_test::Append16;
-using writers_test::Append32;
-using writers_test::Bytes;
-using writers_test::MemoryPort;
-using writers_test::TempFolder;
+using tovtest::Append;
+using tovtest::Append16;
+using tovtest::Append32;
+using tovtest::Bytes;
+using tovtest::MemoryPort;
+using tovtest::TempTree;
 
 namespace {
 
@@ -68,8 +68,8 @@ TEST(BMPFileWriter, TwoByTwo32BitIsGoldenBytes) {
 }
 
 TEST(BMPFileWriter, TwoByTwo32BitThroughRealFile) {
-  TempFolder folder;
-  const UTF16String path = folder.File16("bars.bmp");
+  TempTree folder;
+  const UTF16String path = tovtest::U16(folder.NativeOf("bars.bmp"));
   const auto pixels = Pixels(16);
   {
     TOV::BMPFileWriter writer(path.c_str());
@@ -78,7 +78,7 @@ TEST(BMPFileWriter, TwoByTwo32BitThroughRealFile) {
   }
   Bytes golden = GoldenHeaders(70, 2, -2, 32, 16);
   golden.insert(golden.end(), pixels.begin(), pixels.end());
-  EXPECT_EQ(writers_test::ReadFileBytes(folder.File("bars.bmp")), golden);
+  EXPECT_EQ(tovtest::ReadBytes(folder.NativeOf("bars.bmp")), golden);
 }
 
 TEST(BMPFileWriter, ThreeByOne24BitRowsAreNotPadded) {
@@ -161,34 +161,34 @@ TEST(BMPFileWriter, WriteWithoutStreamFails) {
 }
 
 TEST(BMPFileWriter, OpenNewFileTwiceFails) {
-  TempFolder folder;
-  const UTF16String first = folder.File16("a.bmp");
-  const UTF16String second = folder.File16("b.bmp");
+  TempTree folder;
+  const UTF16String first = tovtest::U16(folder.NativeOf("a.bmp"));
+  const UTF16String second = tovtest::U16(folder.NativeOf("b.bmp"));
   TOV::BMPFileWriter writer;
   EXPECT_EQ(writer.OpenNewFile(first.c_str()), 0u);
   EXPECT_EQ(writer.OpenNewFile(second.c_str()), TOV::kErrGeneric);
   EXPECT_EQ(writer.EndWriting(), 0u);
-  EXPECT_TRUE(writers_test::ReadFileBytes(folder.File("a.bmp")).empty());
-  EXPECT_FALSE(std::filesystem::exists(folder.File("b.bmp")));
+  EXPECT_TRUE(tovtest::ReadBytes(folder.NativeOf("a.bmp")).empty());
+  EXPECT_FALSE(std::filesystem::exists(folder.NativeOf("b.bmp")));
 }
 
 TEST(BMPFileWriter, OpenNewFileTruncatesExistingFile) {
-  TempFolder folder;
-  writers_test::WriteFileBytes(folder.File("old.bmp"), Bytes(500, 7));
-  const UTF16String path = folder.File16("old.bmp");
+  TempTree folder;
+  tovtest::WriteBytes(folder.NativeOf("old.bmp"), Bytes(500, 7));
+  const UTF16String path = tovtest::U16(folder.NativeOf("old.bmp"));
   TOV::BMPFileWriter writer;
   EXPECT_EQ(writer.OpenNewFile(path.c_str()), 0u);
   writer.SetBMPProperties(VSize{1, 1}, 0x80);
   const auto pixels = Pixels(4);
   EXPECT_EQ(Write(writer, pixels, 4), 0u);
-  EXPECT_EQ(writers_test::ReadFileBytes(folder.File("old.bmp")).size(), 58u);
+  EXPECT_EQ(tovtest::ReadBytes(folder.NativeOf("old.bmp")).size(), 58u);
 }
 
 TEST(BMPFileWriter, OpenNewFileInMissingFolderFails) {
   // The port of a failed open is not destroyed; the sanitizer runs suppress
   // exactly that leak.
-  TempFolder folder;
-  const UTF16String path = folder.File16("missing/x.bmp");
+  TempTree folder;
+  const UTF16String path = tovtest::U16(folder.NativeOf("missing/x.bmp"));
   TOV::BMPFileWriter writer;
   EXPECT_EQ(writer.OpenNewFile(path.c_str()), TOV::kErrOpenFailed);
   writer.SetBMPProperties(VSize{1, 1}, 0x80);
@@ -202,8 +202,8 @@ TEST(BMPFileWriter, OpenNewFileWithNullPathIsInvalidArgument) {
 }
 
 TEST(BMPFileWriter, ConstructorWithPathIgnoresFailure) {
-  TempFolder folder;
-  const UTF16String path = folder.File16("missing/x.bmp");
+  TempTree folder;
+  const UTF16String path = tovtest::U16(folder.NativeOf("missing/x.bmp"));
   TOV::BMPFileWriter writer(path.c_str());
   MemoryPort port;
   EXPECT_EQ(writer.ResetStream(StreamOn(port)), 0u);  // nothing held after the failure
@@ -235,8 +235,8 @@ TEST(BMPFileWriter, ResetStreamWhileHoldingOneFails) {
 }
 
 TEST(BMPFileWriter, ResetStreamAfterOpenNewFileFails) {
-  TempFolder folder;
-  const UTF16String path = folder.File16("a.bmp");
+  TempTree folder;
+  const UTF16String path = tovtest::U16(folder.NativeOf("a.bmp"));
   MemoryPort port;
   CWriteStream* stream = StreamOn(port);
   TOV::BMPFileWriter writer(path.c_str());

@@ -9,13 +9,13 @@
 #include "writers/writers_support.h"
 
 using namespace basalt::literals;
-using writers_test::TempFolder;
+using tovtest::TempTree;
 
 namespace {
 
 TEST(WritersExamples, WaveFileThroughFilePortFactory) {
-  TempFolder folder;
-  const UTF16String path = folder.File16("tone.wav");
+  TempTree folder;
+  const UTF16String path = tovtest::U16(folder.NativeOf("tone.wav"));
   auto port = Halyard::CPort::FilePort(path.c_str(), Halyard::kAccessWrite);
   ASSERT_TRUE(port);
   auto* stream = new Halyard::CWriteStream(port.Release(), Halyard::kHaldLittleEndian, 4096, 0, 0);
@@ -27,15 +27,15 @@ TEST(WritersExamples, WaveFileThroughFilePortFactory) {
   EXPECT_EQ(writer.WriteSamples(samples, count), 0u);
   EXPECT_EQ(writer.EndWriting(), 0u);
 
-  const auto bytes = writers_test::ReadFileBytes(folder.File("tone.wav"));
+  const auto bytes = tovtest::ReadBytes(folder.NativeOf("tone.wav"));
   ASSERT_EQ(bytes.size(), 52u);
   EXPECT_EQ(bytes[40], 8);  // data size
   EXPECT_EQ(bytes[51], 8);  // the last sample byte
 }
 
 TEST(WritersExamples, BmpFileThroughPathConstructor) {
-  TempFolder folder;
-  const UTF16String path = folder.File16("bars.bmp");
+  TempTree folder;
+  const UTF16String path = tovtest::U16(folder.NativeOf("bars.bmp"));
   const std::vector<unsigned char> pixels(640 * 480 * 4, 0x5A);
   {
     TOV::BMPFileWriter bmp(path.c_str());
@@ -43,14 +43,14 @@ TEST(WritersExamples, BmpFileThroughPathConstructor) {
     std::uint32_t unused = 0;
     EXPECT_EQ(bmp.WriteBMP(pixels.data(), 640 * 4, 0, unused), 0u);
   }
-  EXPECT_EQ(writers_test::ReadFileBytes(folder.File("bars.bmp")).size(), 54u + 640 * 480 * 4);
+  EXPECT_EQ(tovtest::ReadBytes(folder.NativeOf("bars.bmp")).size(), 54u + 640 * 480 * 4);
 }
 
 TEST(WritersExamples, PresetForWriter) {
-  TempFolder folder;
-  const std::string path = folder.File("preset.epr");
-  writers_test::WriteFileBytes(
-      path, writers_test::Utf16LE(u"<Preset><Header WriterFormatName=\"MPEG\"/></Preset>", true));
+  TempTree folder;
+  const std::string path = folder.NativeOf("preset.epr");
+  tovtest::WriteBytes(
+      path, tovtest::Utf16LE(u"<Preset><Header WriterFormatName=\"MPEG\"/></Preset>", true));
   unsigned char isForWriter = 0;
   EXPECT_EQ(
       Halyard::VIsPresetFileForThisWriter(path.c_str(), u"MPEG2-DVD"_u16.c_str(), &isForWriter),

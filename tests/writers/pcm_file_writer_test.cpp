@@ -9,12 +9,12 @@
 #include "writers/writers_support.h"
 
 using namespace Halyard;
-using writers_test::Append;
-using writers_test::Append16;
-using writers_test::Append32;
-using writers_test::Bytes;
-using writers_test::MemoryPort;
-using writers_test::TempFolder;
+using tovtest::Append;
+using tovtest::Append16;
+using tovtest::Append32;
+using tovtest::Bytes;
+using tovtest::MemoryPort;
+using tovtest::TempTree;
 
 namespace {
 
@@ -65,8 +65,8 @@ TEST(PCMFileWriter, StereoSixteenBitFileIsGoldenBytes) {
 }
 
 TEST(PCMFileWriter, StereoSixteenBitFileThroughRealFile) {
-  TempFolder folder;
-  const UTF16String path = folder.File16("tone.wav");
+  TempTree folder;
+  const UTF16String path = tovtest::U16(folder.NativeOf("tone.wav"));
   auto* port = new CFilePort(kAccessWrite, 0);
   ASSERT_EQ(port->Open(path.c_str()), 0u);
   auto* stream = new CWriteStream(port, kHaldLittleEndian, 4096, 0, 0);  // owns the port
@@ -78,7 +78,7 @@ TEST(PCMFileWriter, StereoSixteenBitFileThroughRealFile) {
 
   Bytes golden = GoldenHeader(4, 1, 2, 48000, 192000, 4, 16);
   golden.insert(golden.end(), kSamples, kSamples + 4);
-  EXPECT_EQ(writers_test::ReadFileBytes(folder.File("tone.wav")), golden);
+  EXPECT_EQ(tovtest::ReadBytes(folder.NativeOf("tone.wav")), golden);
 }
 
 TEST(PCMFileWriter, HeaderFieldsPerSampleSize) {

@@ -11,10 +11,10 @@
 
 using namespace Halyard;
 using namespace basalt::literals;
-using writers_test::Bytes;
-using writers_test::TempFolder;
-using writers_test::Utf16LE;
-using writers_test::WriteFileBytes;
+using tovtest::Bytes;
+using tovtest::TempTree;
+using tovtest::Utf16LE;
+using tovtest::WriteBytes;
 
 namespace {
 
@@ -32,8 +32,8 @@ class PresetFile : public ::testing::Test {
  protected:
   // Writes `bytes` as the preset file and answers its path.
   std::string Write(const Bytes& bytes, const std::string& name = "preset.epr") {
-    const std::string path = folder.File(name);
-    WriteFileBytes(path, bytes);
+    const std::string path = folder.NativeOf(name);
+    WriteBytes(path, bytes);
     return path;
   }
 
@@ -42,7 +42,7 @@ class PresetFile : public ::testing::Test {
     return VGetFormatName(path.c_str(), buffer.data(), capacity);
   }
 
-  TempFolder folder;
+  TempTree folder;
   std::array<unsigned short, 300> buffer{};
 };
 
@@ -251,8 +251,8 @@ TEST(FormatName, ReadsFromCurrentPosition) {
 }
 
 TEST(FormatName, ReadErrorIsCreateFailed) {
-  TempFolder folder;
-  std::FILE* file = std::fopen(folder.File("writeonly").c_str(), "wb");
+  TempTree folder;
+  std::FILE* file = std::fopen(folder.NativeOf("writeonly").c_str(), "wb");
   ASSERT_NE(file, nullptr);
   std::array<unsigned short, 8> name{};
   EXPECT_EQ(VGetFormatName(file, name.data(), 8), TOV::kErrCreateFailed);
@@ -260,18 +260,18 @@ TEST(FormatName, ReadErrorIsCreateFailed) {
 }
 
 TEST(FormatName, MissingFileIsOpenFailed) {
-  TempFolder folder;
+  TempTree folder;
   std::array<unsigned short, 8> name{};
-  EXPECT_EQ(VGetFormatName(folder.File("missing.epr").c_str(), name.data(), 8),
+  EXPECT_EQ(VGetFormatName(folder.NativeOf("missing.epr").c_str(), name.data(), 8),
             TOV::kErrOpenFailed);
-  const UTF16String missing = folder.File16("missing.epr");
+  const UTF16String missing = tovtest::U16(folder.NativeOf("missing.epr"));
   EXPECT_EQ(VGetFormatName(missing.c_str(), name.data(), 8), TOV::kErrOpenFailed);
 }
 
 TEST(FormatName, LibrarySpellingPathIsAccepted) {
-  TempFolder folder;
-  WriteFileBytes(folder.File("p.epr"), Utf16LE(u"<Header WriterFormatName=\"MPEG\"/>"));
-  std::string path = folder.File("p.epr");
+  TempTree folder;
+  WriteBytes(folder.NativeOf("p.epr"), Utf16LE(u"<Header WriterFormatName=\"MPEG\"/>"));
+  std::string path = folder.NativeOf("p.epr");
   for (char& c : path) {
     if (c == '/') c = '\\';
   }
@@ -307,13 +307,13 @@ const WriterRow kWriterRows[] = {
 };
 
 TEST(PresetForWriter, DecisionTable) {
-  TempFolder folder;
-  const std::string path = folder.File("preset.epr");
+  TempTree folder;
+  const std::string path = folder.NativeOf("preset.epr");
   for (const WriterRow& row : kWriterRows) {
     const std::string trace = basalt::UTF16to8(basalt::ToUTF16(row.formatName)) + " / " +
                               basalt::UTF16to8(basalt::ToUTF16(row.writer));
     SCOPED_TRACE(trace);
-    WriteFileBytes(path, Utf16LE(Preset(row.formatName), true));
+    WriteBytes(path, Utf16LE(Preset(row.formatName), true));
     unsigned char isForWriter = 9;
     const UTF16String writer = basalt::ToUTF16(row.writer);
     EXPECT_EQ(VIsPresetFileForThisWriter(path.c_str(), writer.c_str(), &isForWriter), 0u);
@@ -322,9 +322,9 @@ TEST(PresetForWriter, DecisionTable) {
 }
 
 TEST(PresetForWriter, NoHeaderLeavesFlagUntouched) {
-  TempFolder folder;
-  const std::string path = folder.File("preset.epr");
-  WriteFileBytes(path, Utf16LE(u"<Preset WriterFormatName=\"MPEG\"/>"));
+  TempTree folder;
+  const std::string path = folder.NativeOf("preset.epr");
+  WriteBytes(path, Utf16LE(u"<Preset WriterFormatName=\"MPEG\"/>"));
   unsigned char isForWriter = 7;
   EXPECT_EQ(VIsPresetFileForThisWriter(path.c_str(), u"MPEG"_u16.c_str(), &isForWriter),
             TOV::kErrNotFound);
@@ -332,9 +332,9 @@ TEST(PresetForWriter, NoHeaderLeavesFlagUntouched) {
 }
 
 TEST(PresetForWriter, MissingFileIsOpenFailed) {
-  TempFolder folder;
+  TempTree folder;
   unsigned char isForWriter = 7;
-  EXPECT_EQ(VIsPresetFileForThisWriter(folder.File("none.epr").c_str(), u"MPEG"_u16.c_str(),
+  EXPECT_EQ(VIsPresetFileForThisWriter(folder.NativeOf("none.epr").c_str(), u"MPEG"_u16.c_str(),
                                        &isForWriter),
             TOV::kErrOpenFailed);
   EXPECT_EQ(isForWriter, 7);

@@ -1,37 +1,33 @@
 // VIsPresetForThisWriter: presets held in memory, through a temporary file.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
-#include <optional>
 #include <string>
 
 #include "basalt/utf.h"
+#include "common/environment.h"
 #include "tovfoundation/writers.h"
 #include "writers/writers_support.h"
 
 using namespace Halyard;
 using namespace basalt::literals;
-using writers_test::TempFolder;
+using tovtest::TempTree;
 
 namespace {
 
-// Points TMPDIR at a folder of the test for its lifetime.
+// Points the temporary folder at a folder of the test for its lifetime:
+// TMPDIR on POSIX systems, TMP and TEMP on Windows.
 class ScopedTempDir {
  public:
-  explicit ScopedTempDir(const std::string& value) {
-    if (const char* old = std::getenv("TMPDIR")) mOld = old;
-    ::setenv("TMPDIR", value.c_str(), 1);
-  }
-  ~ScopedTempDir() {
-    if (mOld)
-      ::setenv("TMPDIR", mOld->c_str(), 1);
-    else
-      ::unsetenv("TMPDIR");
-  }
+  explicit ScopedTempDir(const std::string& value)
+      : mTmpdir("TMPDIR", value.c_str()),
+        mTmp("TMP", value.c_str()),
+        mTemp("TEMP", value.c_str()) {}
 
  private:
-  std::optional<std::string> mOld;
+  tovtest::ScopedEnv mTmpdir;
+  tovtest::ScopedEnv mTmp;
+  tovtest::ScopedEnv mTemp;
 };
 
 std::size_t Entries(const std::string& folder) {
@@ -56,17 +52,17 @@ std::uint32_t Decide(const UTF16String& preset, std::u16string_view writer,
 }
 
 TEST(PresetInMemory, MpegPresetSuitsMpeg2DvdAndRemovesItsFile) {
-  TempFolder folder;
-  ScopedTempDir tmp(folder.Path());
+  TempTree folder;
+  ScopedTempDir tmp(folder.Native());
   unsigned char isForWriter = 9;
   EXPECT_EQ(Decide(PresetText(u"MPEG", true), u"MPEG2-DVD", &isForWriter), 0u);
   EXPECT_EQ(isForWriter, 1);
-  EXPECT_EQ(Entries(folder.Path()), 0u);
+  EXPECT_EQ(Entries(folder.Native()), 0u);
 }
 
 TEST(PresetInMemory, DecidesWithAndWithoutByteOrderMark) {
-  TempFolder folder;
-  ScopedTempDir tmp(folder.Path());
+  TempTree folder;
+  ScopedTempDir tmp(folder.Native());
   struct Row {
     const char16_t* name;
     const char16_t* writer;
@@ -87,22 +83,22 @@ TEST(PresetInMemory, DecidesWithAndWithoutByteOrderMark) {
     EXPECT_EQ(Decide(PresetText(row.name, row.byteOrderMark), row.writer, &isForWriter), 0u);
     EXPECT_EQ(isForWriter, row.expected);
   }
-  EXPECT_EQ(Entries(folder.Path()), 0u);
+  EXPECT_EQ(Entries(folder.Native()), 0u);
 }
 
 TEST(PresetInMemory, NoHeaderIsNotFoundAndLeavesFlag) {
-  TempFolder folder;
-  ScopedTempDir tmp(folder.Path());
+  TempTree folder;
+  ScopedTempDir tmp(folder.Native());
   unsigned char isForWriter = 9;
   const UTF16String preset = u"<Preset WriterFormatName=\"MPEG\"/>"_u16;
   EXPECT_EQ(Decide(preset, u"MPEG", &isForWriter), TOV::kErrNotFound);
   EXPECT_EQ(isForWriter, 9);
-  EXPECT_EQ(Entries(folder.Path()), 0u);
+  EXPECT_EQ(Entries(folder.Native()), 0u);
 }
 
 TEST(PresetInMemory, EmptyPresetIsNotFound) {
-  TempFolder folder;
-  ScopedTempDir tmp(folder.Path());
+  TempTree folder;
+  ScopedTempDir tmp(folder.Native());
   unsigned char isForWriter = 9;
   const UTF16String writer = u"MPEG"_u16;
   EXPECT_EQ(VIsPresetForThisWriter(nullptr, 0, writer.c_str(), &isForWriter), TOV::kErrNotFound);
@@ -110,8 +106,8 @@ TEST(PresetInMemory, EmptyPresetIsNotFound) {
 }
 
 TEST(PresetInMemory, MissingTemporaryFolderIsCreated) {
-  TempFolder folder;
-  const std::string missing = folder.File("not/yet");
+  TempTree folder;
+  const std::string missing = folder.NativeOf("not/yet");
   ScopedTempDir tmp(missing);
   unsigned char isForWriter = 9;
   EXPECT_EQ(Decide(PresetText(u"MPEG", false), u"MPEG", &isForWriter), 0u);
@@ -121,9 +117,9 @@ TEST(PresetInMemory, MissingTemporaryFolderIsCreated) {
 }
 
 TEST(PresetInMemory, TemporaryFolderThatCannotBeMadeIsCreateFailed) {
-  TempFolder folder;
-  writers_test::WriteFileBytes(folder.File("plain"), writers_test::Bytes{1});
-  ScopedTempDir tmp(folder.File("plain/sub"));
+  TempTree folder;
+  tovtest::WriteBytes(folder.NativeOf("plain"), tovtest::Bytes{1});
+  ScopedTempDir tmp(folder.NativeOf("plain/sub"));
   unsigned char isForWriter = 9;
   EXPECT_EQ(Decide(PresetText(u"MPEG", false), u"MPEG", &isForWriter), TOV::kErrCreateFailed);
   EXPECT_EQ(isForWriter, 9);
@@ -143,8 +139,8 @@ TEST(PresetInMemory, NullArgumentsAreInvalidPointer) {
 }
 
 TEST(PresetInMemory, LongNameIsNotFound) {
-  TempFolder folder;
-  ScopedTempDir tmp(folder.Path());
+  TempTree folder;
+  ScopedTempDir tmp(folder.Native());
   unsigned char isForWriter = 9;
   EXPECT_EQ(Decide(PresetText(std::u16string(300, u'n'), false), u"MPEG", &isForWriter),
             TOV::kErrNotFound);

@@ -8,15 +8,15 @@
 
 #include "writers/writers_support.h"
 
-using writers_test::RunCommand;
-using writers_test::RunPython;
-using writers_test::TempFolder;
+using tovtest::RunCommand;
+using tovtest::RunPython;
+using tovtest::TempTree;
 
 namespace {
 
 bool ToolMissing(std::string& why) {
-  if (std::filesystem::exists(writers_test::TovtoolPath())) return false;
-  why = "tovtool was not built at " + writers_test::TovtoolPath();
+  if (std::filesystem::exists(tovtest::TovtoolPath())) return false;
+  why = "tovtool was not built at " + tovtest::TovtoolPath();
   return true;
 }
 
@@ -27,7 +27,7 @@ constexpr char kWaveScript[] =
 
 TEST(Readers, PythonWaveReadsEveryIntegerToneFile) {
   std::string why;
-  if (ToolMissing(why) || !writers_test::PythonHasModule("wave", why)) GTEST_SKIP() << why;
+  if (ToolMissing(why) || !tovtest::PythonHasModule("wave", why)) GTEST_SKIP() << why;
   struct Row {
     std::string options;
     std::string expected;  // channels rate width frames
@@ -43,16 +43,15 @@ TEST(Readers, PythonWaveReadsEveryIntegerToneFile) {
       {"--sample-size 128 --channels 3 --rate 11025 --seconds 0.2", "3 11025 1 2205"},
       {"--seconds 0 --channels 1", "1 48000 2 0"},
   };
-  TempFolder folder;
+  TempTree folder;
   int index = 0;
   for (const Row& row : rows) {
     SCOPED_TRACE("tovtool tone " + row.options);
-    const std::string path = folder.File("tone" + std::to_string(index++) + ".wav");
+    const std::string path = folder.NativeOf("tone" + std::to_string(index++) + ".wav");
     std::string output;
-    ASSERT_EQ(
-        RunCommand(writers_test::TovtoolPath() + " tone '" + path + "' " + row.options + " 2>&1",
-                   output),
-        0)
+    ASSERT_EQ(RunCommand(tovtest::TovtoolPath() + " tone '" + path + "' " + row.options + " 2>&1",
+                         output),
+              0)
         << output;
     ASSERT_EQ(RunPython(kWaveScript, {path}, output), 0) << output;
     EXPECT_EQ(output, row.expected + "\n");
@@ -61,17 +60,17 @@ TEST(Readers, PythonWaveReadsEveryIntegerToneFile) {
 
 TEST(Readers, PilReadsBarsTopDown) {
   std::string why;
-  if (ToolMissing(why) || !writers_test::PythonHasModule("PIL", why)) GTEST_SKIP() << why;
-  TempFolder folder;
-  const std::string path = folder.File("bars.bmp");
+  if (ToolMissing(why) || !tovtest::PythonHasModule("PIL", why)) GTEST_SKIP() << why;
+  TempTree folder;
+  const std::string path = folder.NativeOf("bars.bmp");
   std::string output;
   // 16 pixels of 4 bytes: 64-byte rows, which need no padding.
-  ASSERT_EQ(RunCommand(writers_test::TovtoolPath() + " bars '" + path +
+  ASSERT_EQ(RunCommand(tovtest::TovtoolPath() + " bars '" + path +
                            "' --width 16 --height 8 --colour-space 0x80 2>&1",
                        output),
             0)
       << output;
-  ASSERT_EQ(writers_test::ReadFileBytes(path).size(), 54u + 16 * 8 * 4);
+  ASSERT_EQ(tovtest::ReadBytes(path).size(), 54u + 16 * 8 * 4);
   const char* script =
       "import sys\n"
       "from PIL import Image\n"
@@ -90,12 +89,12 @@ TEST(Readers, PilReadsBarsTopDown) {
 
 TEST(Readers, PilReads24BitBarsWhoseRowsNeedNoPadding) {
   std::string why;
-  if (ToolMissing(why) || !writers_test::PythonHasModule("PIL", why)) GTEST_SKIP() << why;
-  TempFolder folder;
-  const std::string path = folder.File("bars24.bmp");
+  if (ToolMissing(why) || !tovtest::PythonHasModule("PIL", why)) GTEST_SKIP() << why;
+  TempTree folder;
+  const std::string path = folder.NativeOf("bars24.bmp");
   std::string output;
   // 8 pixels of 3 bytes: 24-byte rows.
-  ASSERT_EQ(RunCommand(writers_test::TovtoolPath() + " bars '" + path +
+  ASSERT_EQ(RunCommand(tovtest::TovtoolPath() + " bars '" + path +
                            "' --width 8 --height 4 --colour-space 0x20 2>&1",
                        output),
             0)

@@ -1,8 +1,5 @@
 #include "writers/writers_support.h"
 
-#include <stdlib.h>
-#include <sys/wait.h>
-
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -12,22 +9,7 @@
 
 #include "basalt/utf.h"
 
-namespace writers_test {
-
-UTF16String TempFolder::File16(const std::string& name) const {
-  return basalt::UTF8to16(File(name));
-}
-
-Bytes ReadFileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-void WriteFileBytes(const std::string& path, const Bytes& bytes) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out.write(reinterpret_cast<const char*>(bytes.data()),
-            static_cast<std::streamsize>(bytes.size()));
-}
+namespace tovtest {
 
 Bytes Utf16LE(std::u16string_view text, bool byteOrderMark) {
   Bytes bytes;
@@ -48,17 +30,6 @@ void Append16(Bytes& bytes, std::uint16_t value) {
 void Append32(Bytes& bytes, std::uint32_t value) {
   for (int shift = 0; shift < 32; shift += 8)
     bytes.push_back(static_cast<std::uint8_t>(value >> shift));
-}
-
-int RunCommand(const std::string& command, std::string& output) {
-  output.clear();
-  std::FILE* pipe = ::popen(command.c_str(), "r");
-  if (pipe == nullptr) return -1;
-  char buffer[4096];
-  std::size_t got = 0;
-  while ((got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) output.append(buffer, got);
-  const int status = ::pclose(pipe);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 namespace {
@@ -96,9 +67,9 @@ int RunPython(const std::string& script, const std::vector<std::string>& args,
 
 std::string TovtoolPath() { return TOV_TEST_BINARY_DIR "/bin/tovtool"; }
 
-}  // namespace writers_test
+}  // namespace tovtest
 
-namespace writers_test {
+namespace tovtest {
 
 std::uint32_t MemoryPort::Write(std::uint32_t pos, std::int32_t count, const void* buffer) {
   if (count <= 0 || pos >= dropFrom) return 0;
@@ -108,4 +79,4 @@ std::uint32_t MemoryPort::Write(std::uint32_t pos, std::int32_t count, const voi
   return 0;
 }
 
-}  // namespace writers_test
+}  // namespace tovtest

@@ -1,5 +1,6 @@
-// Shared helpers of the writers tests: a temporary folder per test, whole-file
-// reads, preset texts as UTF-16LE bytes, and the Python reader check.
+// Shared helpers of the writers tests: preset texts as UTF-16LE bytes, golden
+// byte arrays, a memory port, and the Python reader check. Temporary folders
+// and whole-file reads are the shared scaffolding (tests/common).
 #pragma once
 
 #include <cstdint>
@@ -7,27 +8,12 @@
 #include <vector>
 
 #include "basalt/strings.h"
+#include "common/child_process.h"
 #include "common/temp_tree.h"
+#include "common/test_files.h"
 #include "tovfoundation/streams.h"
 
-namespace writers_test {
-
-using Bytes = std::vector<std::uint8_t>;
-
-// A fresh folder under $TMPDIR (or the build tree), removed with everything in it.
-class TempFolder {
- public:
-  const std::string& Path() const { return mTree.Native(); }
-  // Path of `name` inside the folder.
-  std::string File(const std::string& name) const { return mTree.NativeOf(name); }
-  UTF16String File16(const std::string& name) const;
-
- private:
-  tovtest::TempTree mTree{"writers"};
-};
-
-Bytes ReadFileBytes(const std::string& path);
-void WriteFileBytes(const std::string& path, const Bytes& bytes);
+namespace tovtest {
 
 // `text` as little-endian UTF-16 bytes, with a byte-order mark when asked.
 Bytes Utf16LE(std::u16string_view text, bool byteOrderMark = false);
@@ -46,12 +32,10 @@ int RunPython(const std::string& script, const std::vector<std::string>& args, s
 
 // The tovtool executable next to the test binary.
 std::string TovtoolPath();
-// Runs a command line through the shell; returns its exit status and output.
-int RunCommand(const std::string& command, std::string& output);
 
-}  // namespace writers_test
+}  // namespace tovtest
 
-namespace writers_test {
+namespace tovtest {
 
 // A 32-bit port over a growing byte vector that can fail its Flush() and
 // reports its own destruction, so tests can see when a stream that owns it
@@ -88,4 +72,4 @@ class MemoryPort : public Halyard::CPort {
   bool* mDestroyed;
 };
 
-}  // namespace writers_test
+}  // namespace tovtest

@@ -4,26 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "media_settings.h"
 #include "tool.h"
 #include "tool_io.h"
 #include "tool_os.h"
 #include "tovfoundation/tovfoundation.h"
 
 namespace tovtool {
-
-// What `tovtool bars` writes; shared with the writers demo.
-struct BarsSettings {
-  std::int32_t width = 640;
-  std::int32_t height = 480;
-  std::uint32_t colourSpace = 0x80;  // 4 bytes per pixel
-};
-
-// The pixel rows of the bars, top row first, rows back to back.
-std::vector<unsigned char> MakeBars(const BarsSettings& settings);
-// Writes the bars to `path` through a temporary file that replaces `path`
-// only when every write succeeded; throws Failure naming the file and the
-// reason otherwise.
-void WriteBars(const std::string& path, const BarsSettings& settings);
 
 namespace {
 

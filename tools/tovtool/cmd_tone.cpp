@@ -8,28 +8,12 @@
 #include <string>
 #include <vector>
 
+#include "media_settings.h"
 #include "tool.h"
 #include "tool_io.h"
 #include "tovfoundation/tovfoundation.h"
 
 namespace tovtool {
-
-// What `tovtool tone` writes; shared with the writers demo.
-struct ToneSettings {
-  std::uint32_t sampleRate = 48000;
-  std::uint32_t audioMode = 0x3;  // stereo
-  Halyard::enumVAudioSampleSize sampleSize = Halyard::kVAudioSampleSize16;
-  double seconds = 1.0;
-  double frequency = 440.0;
-};
-
-// The bytes of the tone's samples (the file has 44 more).
-std::uint64_t ToneDataBytes(const ToneSettings& settings);
-
-// Writes the tone to `path` through a temporary file that replaces `path`
-// only when every write succeeded; throws Failure naming the file and the
-// reason otherwise. `progress` is told the fraction written when not null.
-void WriteTone(const std::string& path, const ToneSettings& settings, Progress* progress);
 
 namespace {
 

@@ -6,27 +6,11 @@
 #include <string>
 #include <system_error>
 
+#include "media_settings.h"
 #include "tool.h"
 #include "tovfoundation/tovfoundation.h"
 
 namespace tovtool {
-
-// From cmd_tone.cpp and cmd_bars.cpp.
-struct ToneSettings {
-  std::uint32_t sampleRate = 48000;
-  std::uint32_t audioMode = 0x3;
-  Halyard::enumVAudioSampleSize sampleSize = Halyard::kVAudioSampleSize16;
-  double seconds = 1.0;
-  double frequency = 440.0;
-};
-class Progress;
-void WriteTone(const std::string& path, const ToneSettings& settings, Progress* progress);
-struct BarsSettings {
-  std::int32_t width = 640;
-  std::int32_t height = 480;
-  std::uint32_t colourSpace = 0x80;
-};
-void WriteBars(const std::string& path, const BarsSettings& settings);
 
 namespace {
 

@@ -2,11 +2,6 @@
 #include "basalt/proplist.h"
 
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <map>
@@ -14,7 +9,8 @@
 #include <string>
 
 #include "basalt/utf.h"
-#include "foundation_support.h"
+#include "common/temp_tree.h"
+#include "common/test_files.h"
 
 namespace {
 
@@ -25,7 +21,7 @@ using basalt::proplist::utils::FormatPropList;
 using basalt::proplist::utils::LoadPropList;
 using basalt::proplist::utils::ParsePropList;
 using basalt::proplist::utils::SavePropList;
-using foundation_test::TempFolder;
+using tovtest::TempTree;
 
 PropList Sample() {
   PropList list;
@@ -307,19 +303,19 @@ TEST(PropListText, RandomBytesNeverCrash) {
 // --- files -----------------------------------------------------------------------
 
 TEST(PropListFile, SaveThenLoadRoundTrips) {
-  TempFolder temp;
+  TempTree temp;
   const UTF16String path = temp.Lib("list.xml");
   SavePropList(path, Sample());
   PropList back;
   LoadPropList(path, back, 0);
   EXPECT_EQ(back, Sample());
-  EXPECT_EQ(foundation_test::ReadFileBytes(temp.NativeOf("list.xml")), FormatPropList(Sample()));
+  EXPECT_EQ(tovtest::ReadFile(temp.NativeOf("list.xml")), FormatPropList(Sample()));
   // Only the list is left: the temporary file was renamed over it.
-  EXPECT_EQ(foundation_test::ListFolder(temp.Native()), std::vector<std::string>{"list.xml"});
+  EXPECT_EQ(tovtest::ListFolder(temp.Native()), std::vector<std::string>{"list.xml"});
 }
 
 TEST(PropListFile, SaveReplacesPreviousList) {
-  TempFolder temp;
+  TempTree temp;
   const UTF16String path = temp.Lib("list.xml");
   SavePropList(path, Sample());
   PropList other;
@@ -331,7 +327,7 @@ TEST(PropListFile, SaveReplacesPreviousList) {
 }
 
 TEST(PropListFile, LoadReplacesListContents) {
-  TempFolder temp;
+  TempTree temp;
   SavePropList(temp.Lib("list.xml"), Sample());
   PropList list;
   list.SetString("stale", u"x"_u16);
@@ -341,7 +337,7 @@ TEST(PropListFile, LoadReplacesListContents) {
 }
 
 TEST(PropListFile, MissingFileIsOpenFailedWithFileNotFound) {
-  TempFolder temp;
+  TempTree temp;
   PropList list = Sample();
   try {
     LoadPropList(temp.Lib("absent.xml"), list, 0);
@@ -354,8 +350,8 @@ TEST(PropListFile, MissingFileIsOpenFailedWithFileNotFound) {
 }
 
 TEST(PropListFile, EmptyFileIsNotAPropList) {
-  TempFolder temp;
-  foundation_test::WriteFileBytes(temp.NativeOf("list.xml"), "");
+  TempTree temp;
+  tovtest::WriteFile(temp.NativeOf("list.xml"), "");
   PropList list;
   try {
     LoadPropList(temp.Lib("list.xml"), list, 0);
@@ -367,13 +363,13 @@ TEST(PropListFile, EmptyFileIsNotAPropList) {
 }
 
 TEST(PropListFile, FileTruncatedAtEveryLengthIsRejected) {
-  TempFolder temp;
+  TempTree temp;
   const std::string whole = FormatPropList(Sample());
   // Every proper prefix that drops the closing </plist> is damaged.
   const std::size_t end = whole.rfind("</plist>");
   for (std::size_t length = 0; length <= end; ++length) {
     SCOPED_TRACE(length);
-    foundation_test::WriteFileBytes(temp.NativeOf("list.xml"), whole.substr(0, length));
+    tovtest::WriteFile(temp.NativeOf("list.xml"), whole.substr(0, length));
     PropList list;
     EXPECT_THROW(LoadPropList(temp.Lib("list.xml"), list, 0), PropListError);
     EXPECT_TRUE(list.Empty());
@@ -381,11 +377,11 @@ TEST(PropListFile, FileTruncatedAtEveryLengthIsRejected) {
 }
 
 TEST(PropListFile, RandomBytesFileIsRejected) {
-  TempFolder temp;
+  TempTree temp;
   std::mt19937 random(99);
   std::string bytes(4096, '\0');
   for (auto& byte : bytes) byte = static_cast<char>(random() & 0xFF);
-  foundation_test::WriteFileBytes(temp.NativeOf("list.xml"), bytes);
+  tovtest::WriteFile(temp.NativeOf("list.xml"), bytes);
   PropList list;
   try {
     LoadPropList(temp.Lib("list.xml"), list, 0);
@@ -396,23 +392,8 @@ TEST(PropListFile, RandomBytesFileIsRejected) {
 }
 
 TEST(PropListFile, FolderInPlaceOfListCannotBeOpened) {
-  TempFolder temp;
-  foundation_test::MakeFolder(temp.NativeOf("list.xml"));
-  PropList list;
-  try {
-    LoadPropList(temp.Lib("list.xml"), list, 0);
-    FAIL() << "no exception";
-  } catch (const PropListError& error) {
-    EXPECT_EQ(error.GetKind(), PropListError::Kind::kOpenFailed);
-    EXPECT_EQ(error.GetSystemError(), 5u);
-  }
-}
-
-TEST(PropListFile, UnreadableFileCannotBeOpened) {
-  if (::geteuid() == 0) GTEST_SKIP() << "running as root: permissions do not stop reading";
-  TempFolder temp;
-  SavePropList(temp.Lib("list.xml"), Sample());
-  ::chmod(temp.NativeOf("list.xml").c_str(), 0);
+  TempTree temp;
+  tovtest::MakeFolder(temp.NativeOf("list.xml"));
   PropList list;
   try {
     LoadPropList(temp.Lib("list.xml"), list, 0);
@@ -424,7 +405,7 @@ TEST(PropListFile, UnreadableFileCannotBeOpened) {
 }
 
 TEST(PropListFile, SaveIntoMissingFolderFailsAndLeavesNothing) {
-  TempFolder temp;
+  TempTree temp;
   try {
     SavePropList(temp.Lib("no\\such\\list.xml"), Sample());
     FAIL() << "no exception";
@@ -432,113 +413,14 @@ TEST(PropListFile, SaveIntoMissingFolderFailsAndLeavesNothing) {
     EXPECT_EQ(error.GetKind(), PropListError::Kind::kWriteFailed);
     EXPECT_EQ(error.GetSystemError(), 3u);
   }
-  EXPECT_TRUE(foundation_test::ListFolder(temp.Native()).empty());
+  EXPECT_TRUE(tovtest::ListFolder(temp.Native()).empty());
 }
 
 TEST(PropListFile, SaveOverFolderFailsAndDeletesTemporaryFile) {
-  TempFolder temp;
-  foundation_test::MakeFolder(temp.NativeOf("list.xml"));
+  TempTree temp;
+  tovtest::MakeFolder(temp.NativeOf("list.xml"));
   EXPECT_THROW(SavePropList(temp.Lib("list.xml"), Sample()), PropListError);
-  EXPECT_EQ(foundation_test::ListFolder(temp.Native()), std::vector<std::string>{"list.xml"});
-}
-
-// A full disk, simulated with a file-size limit in a child process: the
-// write fails, the previous list stays whole and no temporary file is left.
-TEST(PropListFile, FullDiskOnSaveLeavesPreviousListIntact) {
-  TempFolder temp;
-  const UTF16String path = temp.Lib("list.xml");
-  SavePropList(path, Sample());
-  const std::string before = foundation_test::ReadFileBytes(temp.NativeOf("list.xml"));
-
-  PropList big;
-  for (int i = 0; i < 2000; ++i) big.SetString("key" + std::to_string(i), UTF8String(100, 'x'));
-  const pid_t child = ::fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
-    ::signal(SIGXFSZ, SIG_IGN);
-    struct rlimit limit {};
-    limit.rlim_cur = limit.rlim_max = 4096;
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-    int code = 1;
-    try {
-      SavePropList(path, big);
-      code = 2;  // the save should not have succeeded
-    } catch (const PropListError& error) {
-      code =
-          (error.GetKind() == PropListError::Kind::kWriteFailed && error.GetSystemError() == 223u)
-              ? 0
-              : 3;
-    }
-    ::_exit(code);
-  }
-  int status = 0;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFEXITED(status));
-  EXPECT_EQ(WEXITSTATUS(status), 0);
-  EXPECT_EQ(foundation_test::ReadFileBytes(temp.NativeOf("list.xml")), before);
-  EXPECT_EQ(foundation_test::ListFolder(temp.Native()), std::vector<std::string>{"list.xml"});
-}
-
-// A process killed while it saves never leaves a partly written list: the
-// list is always one of the complete versions.
-TEST(PropListFile, SaveKilledMidwayLeavesACompleteList) {
-  TempFolder temp;
-  const UTF16String path = temp.Lib("list.xml");
-  PropList first;
-  first.SetString("version", u"first"_u16);
-  SavePropList(path, first);
-
-  for (int round = 0; round < 8; ++round) {
-    SCOPED_TRACE(round);
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      PropList big;
-      for (int i = 0; i < 20000; ++i) big.SetString("key" + std::to_string(i), UTF8String(64, 'y'));
-      for (;;) {
-        big.SetString("version", u"big"_u16);
-        SavePropList(path, big);
-      }
-    }
-    ::usleep(static_cast<useconds_t>(20000 + round * 15000));
-    ::kill(child, SIGKILL);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    PropList back;
-    ASSERT_NO_THROW(LoadPropList(path, back, 0));
-    UTF8String version;
-    ASSERT_TRUE(back.GetString("version", version));
-    EXPECT_TRUE(version == "first" || (version == "big" && back.Size() == 20001u)) << version;
-  }
-}
-
-// Python's standard plistlib reads what SavePropList writes.
-TEST(PropListFile, PythonPlistlibReadsTheSameKeysAndValues) {
-  TempFolder temp;
-  PropList list;
-  list.SetString("plain", u"value"_u16);
-  list.SetString("x<&>\"'", u"a<b>&c\r\nd\te 🎬 Grüße"_u16);
-  list.CreateChild("C:\\Media#Thumbs").SetString("CacheFile", u"C:\\Cache\\TOVCache1_2_3.vpc"_u16);
-  list.CreateChild("empty");
-  SavePropList(temp.Lib("list.xml"), list);
-
-  const std::string script =
-      "import plistlib, json, sys\n"
-      "with open(sys.argv[1], 'rb') as f: d = plistlib.load(f)\n"
-      "sys.stdout.write(json.dumps(d, sort_keys=True, ensure_ascii=True))\n";
-  foundation_test::WriteFileBytes(temp.NativeOf("read.py"), script);
-  const std::string command =
-      "/usr/bin/python3 " + temp.NativeOf("read.py") + " " + temp.NativeOf("list.xml");
-  FILE* pipe = ::popen(command.c_str(), "r");
-  ASSERT_NE(pipe, nullptr);
-  std::string out;
-  char buffer[4096];
-  while (std::size_t got = std::fread(buffer, 1, sizeof buffer, pipe)) out.append(buffer, got);
-  ASSERT_EQ(::pclose(pipe), 0) << out;
-  EXPECT_EQ(out,
-            "{\"C:\\\\Media#Thumbs\": {\"CacheFile\": \"C:\\\\Cache\\\\TOVCache1_2_3.vpc\"}, "
-            "\"empty\": {}, \"plain\": \"value\", "
-            "\"x<&>\\\"'\": \"a<b>&c\\r\\nd\\te \\ud83c\\udfac Gr\\u00fc\\u00dfe\"}");
+  EXPECT_EQ(tovtest::ListFolder(temp.Native()), std::vector<std::string>{"list.xml"});
 }
 
 }  // namespace

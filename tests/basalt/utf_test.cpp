@@ -1,42 +1,14 @@
-// The core-library subset: UTF conversions, number text, string streams,
-// localizer, thread utilities.
+// UTF conversions and number text.
+#include "basalt/utf.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <string>
 
-#include "basalt/localizer.h"
-#include "basalt/string_stream.h"
-#include "basalt/strings.h"
-#include "basalt/thread.h"
-#include "basalt/utf.h"
-#include "tovfoundation/common.h"
-
 using namespace basalt::literals;
 
 namespace {
-
-TEST(BasaltStrings, LiteralGivesCodeUnits) {
-  const UTF16String text = u"aé€😀"_u16;
-  ASSERT_EQ(text.size(), 5u);
-  EXPECT_EQ(text[0], 0x61);
-  EXPECT_EQ(text[1], 0xE9);
-  EXPECT_EQ(text[2], 0x20AC);
-  EXPECT_EQ(text[3], 0xD83D);
-  EXPECT_EQ(text[4], 0xDE00);
-  EXPECT_EQ(text.c_str()[5], 0);
-}
-
-TEST(BasaltStrings, TraitsCompareUnsigned) {
-  EXPECT_LT(u"a"_u16, u"\xFFFF"_u16);
-  EXPECT_EQ(u"abc"_u16.compare(u"abd"_u16) < 0, true);
-  EXPECT_EQ(u"abc"_u16.find(u"c"_u16), 2u);
-}
-
-TEST(BasaltStrings, WideRoundTrip) {
-  const Halyard::WideString wide = u"C:\\Médias";
-  EXPECT_EQ(basalt::ToWide(basalt::FromWide(wide)), wide);
-}
 
 TEST(BasaltUtf, ValidTextRoundTrips) {
   const UTF8String bytes =
@@ -123,59 +95,6 @@ TEST(BasaltNumberToString, TrimsTrailingZerosAndBarePoint) {
 TEST(BasaltNumberToString, NonFiniteValues) {
   EXPECT_EQ(basalt::NumberToString(std::numeric_limits<double>::quiet_NaN(), 1, 2), u"nan"_u16);
   EXPECT_EQ(basalt::NumberToString(-std::numeric_limits<double>::infinity(), 1, 2), u"-inf"_u16);
-}
-
-TEST(BasaltStringStream, UsesClassicLocale) {
-  basalt::UTF8StringStream narrow;
-  narrow << 1234567 << ' ' << 2.5;
-  EXPECT_EQ(narrow.str(), "1234567 2.5");
-  basalt::UTF16StringStream wide;
-  wide << "Frame " << 3 << u" of "_u16 << 10u;
-  EXPECT_EQ(wide.str(), u"Frame 3 of 10"_u16);
-  basalt::UTF8InputStringStream in("2.5abc");
-  double value = 0;
-  in >> value;
-  EXPECT_EQ(value, 2.5);
-}
-
-TEST(BasaltLocalizer, LookupGivesDefaultUnlessTranslated) {
-  basalt::config::Localizer::ClearTranslations();
-  EXPECT_EQ(basalt::config::Localizer::Lookup("$$$/Test/Key=Default text"), u"Default text"_u16);
-  EXPECT_EQ(basalt::config::Localizer::Lookup("$$$/Test/Key=a=b"), u"a=b"_u16);
-  EXPECT_EQ(basalt::config::Localizer::Lookup("$$$/Test/NoDefault"), u"$$$/Test/NoDefault"_u16);
-  basalt::config::Localizer::SetTranslation("$$$/Test/Key", u"Standardtext"_u16);
-  EXPECT_EQ(basalt::config::Localizer::Lookup("$$$/Test/Key=Default text"), u"Standardtext"_u16);
-  basalt::config::Localizer::ClearTranslations();
-  EXPECT_EQ(basalt::config::Localizer::Lookup("$$$/Test/Key=Default text"), u"Default text"_u16);
-}
-
-TEST(BasaltThread, IdentifiersAreStable) {
-  EXPECT_EQ(basalt::GetCurrentThreadID(), basalt::GetCurrentThreadID());
-  EXPECT_NE(basalt::GetCurrentProcessID(), 0u);
-  const std::uint32_t first = basalt::GetTickCount();
-  const std::uint32_t second = basalt::GetTickCount();
-  EXPECT_LE(static_cast<std::uint32_t>(second - first), 1000u);
-}
-
-TEST(CommonExceptions, WhatTexts) {
-  EXPECT_STREQ(TOV::TOVException().what(), "class TOV::TOVException");
-  const TOV::TOVVRException error(TOV::kErrInvalidArgument);
-  EXPECT_STREQ(error.what(), "class TOV::TOVVRException");
-  EXPECT_EQ(error.GetCode(), 0xC0080001u);
-  const TOV::TOVException& root = error;
-  EXPECT_STREQ(root.what(), "class TOV::TOVVRException");
-}
-
-TEST(CommonStatusCodes, ValuesMatchTable) {
-  EXPECT_EQ(TOV::kErrInvalidPointer, 0xC0080003u);
-  EXPECT_EQ(TOV::kErrCreateFailed, 0xC00B0002u);
-  EXPECT_EQ(TOV::kErrSeekBackward, 0xC00C0007u);
-  EXPECT_EQ(TOV::kErrAlreadyExists, 0xC00C000Fu);
-  EXPECT_EQ(TOV::kErrNoMetadata, 0xC0010003u);
-  EXPECT_EQ(TOV::kErrOutOfMemory, 0xC0010005u);
-  EXPECT_EQ(TOV::kErrNotFound, 0xC0060002u);
-  EXPECT_EQ(TOV::kErrRegistryNoCacheFile, 0xC0140003u);
-  EXPECT_EQ(TOV::kErrNoInterface, 0x400D0004u);
 }
 
 }  // namespace
