@@ -355,21 +355,30 @@ TEST_F(WaveReaders, SoxStatMeasuresTheSamplesThatWereWritten) {
   }
 }
 
+// One ffprobe run costs tens of milliseconds, so ffprobe reads every format
+// with every mask at 48 kHz and every rate in 16-bit stereo and float 7.1;
+// sox and libsndfile read the whole table.
 TEST_F(WaveReaders, FfprobeReportsCodecSampleFormatRateChannelsAndLength) {
   TOV_REQUIRE_READER(HasProgram("ffprobe"), "ffprobe (Debian ffmpeg) is not installed");
+  std::vector<const WaveCase*> picked;
   std::string script;
-  for (const auto& c : sCases)
+  for (const auto& c : sCases) {
+    const std::string shape = std::string(c.format->name) + " " + c.mask->name;
+    if (c.rate != 48000 && shape != "s16 stereo" && shape != "f32 7.1") continue;
+    picked.push_back(&c);
     script +=
         "ffprobe -v error -show_entries "
         "stream=codec_name,sample_fmt,sample_rate,channels,channel_layout,bits_per_sample,"
         "duration_ts -of compact=p=0 " +
         Quote(c.path) + " 2>&1 || echo 'ffprobe failed';";
+  }
+  ASSERT_EQ(picked.size(), std::size(kFormats) * std::size(kMasks) + 2 * (std::size(kRates) - 1));
   std::string output;
   ASSERT_EQ(RunShell("{ " + script + " }", output), 0) << output;
   const auto lines = Lines(output);
-  ASSERT_EQ(lines.size(), sCases.size()) << output;
-  for (std::size_t i = 0; i < sCases.size(); ++i) {
-    const WaveCase& c = sCases[i];
+  ASSERT_EQ(lines.size(), picked.size()) << output;
+  for (std::size_t i = 0; i < picked.size(); ++i) {
+    const WaveCase& c = *picked[i];
     SCOPED_TRACE(Label(c));
     auto fields = CompactFields(lines[i]);
     EXPECT_EQ(fields["codec_name"], c.format->ffCodec) << lines[i];
