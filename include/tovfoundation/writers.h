@@ -257,6 +257,14 @@ class TOV_API PCMFileWriter {
 // writes a second image keeps the first image's sizes: use one writer per
 // image.
 //
+// Readers and unpadded rows: ffmpeg and ffprobe read every depth at every
+// width (they note the missing row alignment and take the rows as written;
+// 8-bit images, having no colour table, come out as grey levels). PIL reads
+// 32-bit images, 24-bit images whose width is a multiple of 4 and 24-bit
+// images of one row; it refuses as truncated the other 24-bit images and every
+// 8-bit image. A reader that steps through rows at the padded 4-byte stride
+// refuses such images or misplaces their pixels.
+//
 // Ownership: the writer destroys its stream at EndWriting (Release), also one
 // adopted with ResetStream; a file it opened itself is closed with it.
 class TOV_API BMPFileWriter {
