@@ -38,7 +38,7 @@ tov_windows_skip(files AutoFileName.NameGrowsAfterCollisionWithinOneTick
   "Wine: creating the 3000 files that occupy the next 3 s of tick counts takes longer than 3 s, so no collision happens")
 # --- foundation ----------------------------------------------------------------
 tov_windows_skip(foundation SharedRegistrar.FourRegistrarsAndTwoLookersLoseNothing
-  "Under Wine (observed): the six child processes run and each reports its registrations, but the parent's FindFolder then answers 0xC0140001 (not found) for a pair a child registered; the two-process case (SamePairFromTwoProcessesAtOnceGetsOneFile) passes. Not yet traced to Wine's file locking or to the Win32 backend")
+  "Known Win32 backend fault, not a Wine deviation: a save replaces the list with MoveFileExW, which fails with 5 (access denied) while a looking-up process has the list open, so registrations of the other processes are lost; the two-process case passes")
 # --- platform ------------------------------------------------------------------
 tov_windows_skip(platform FileCalls.ReadOnlyHandleRefusesToChangeTheSize
   "Wine: setting the end of file on a handle without write access fails with 87 where Windows gives 5")
