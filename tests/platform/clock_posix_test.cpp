@@ -6,37 +6,14 @@
 #include <cstdlib>
 #include <string>
 
+#include "common/environment.h"
 #include "platform/clock.h"
 
 namespace platform = tovimpl::platform;
 
 namespace {
 
-// Sets an environment variable for the object's lifetime.
-class ScopedEnv {
- public:
-  ScopedEnv(const char* name, const char* value) : mName(name) {
-    if (const char* old = std::getenv(name)) {
-      mHad = true;
-      mOld = old;
-    }
-    ::setenv(name, value, 1);
-  }
-  ~ScopedEnv() {
-    if (mHad) {
-      ::setenv(mName.c_str(), mOld.c_str(), 1);
-    } else {
-      ::unsetenv(mName.c_str());
-    }
-  }
-  ScopedEnv(const ScopedEnv&) = delete;
-  ScopedEnv& operator=(const ScopedEnv&) = delete;
-
- private:
-  std::string mName;
-  std::string mOld;
-  bool mHad = false;
-};
+using tovtest::ScopedEnv;
 
 TEST(ClockLayer, TimeOfDayTextIsHoursMinutesSecondsInTheCLocale) {
   const ScopedEnv lcAll("LC_ALL", "C");
