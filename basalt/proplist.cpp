@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -14,6 +15,7 @@
 #include <pugixml.hpp>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -738,10 +740,19 @@ void SavePropList(const UTF16String& path, const PropList& list) {
   const FileHandle closing = file;
   file = FileHandle();
   if (const Status closed = CloseFile(closing); !closed) fail("cannot close", closed.Error());
-  if (const Status renamed = RenameFile(temp, path, kRenameReplaceExisting | kRenameWriteThrough);
-      !renamed) {
-    fail("cannot replace", renamed.Error());
+  // On Windows a file cannot be replaced while anything has it open, and
+  // programs outside the library (a virus scanner, the search indexer, a
+  // backup) open files for a moment: the replace is tried again for about
+  // a second before the save is given up.
+  Status renamed = RenameFile(temp, path, kRenameReplaceExisting | kRenameWriteThrough);
+  for (int wait = 1;
+       !renamed && wait <= 10 &&
+       (renamed.Error() == kErrorAccessDenied || renamed.Error() == kErrorSharingViolation);
+       ++wait) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20 * wait));
+    renamed = RenameFile(temp, path, kRenameReplaceExisting | kRenameWriteThrough);
   }
+  if (!renamed) fail("cannot replace", renamed.Error());
 }
 
 }  // namespace utils

@@ -81,9 +81,11 @@ class Registry : public PropList {
 
   // Saved once more when the process ends (or a test resets it), but only
   // when this process holds something the file lacks, or there is no file.
+  // Whether there is one is asked by name: opening the list outside the list
+  // lock could make another process's save fail on Windows.
   ~Registry() override {
     std::lock_guard<std::recursive_mutex> lock(mLock);
-    if (!mListPath.empty() && (mDirty || !platform::GetFileVersion(mListPath, &mScratch))) {
+    if (!mListPath.empty() && (mDirty || !platform::ReadAttributes(mListPath))) {
       static_cast<void>(Save());
     }
     if (mLockFile.IsOpen()) (void)platform::CloseFile(mLockFile);
@@ -108,6 +110,10 @@ class Registry : public PropList {
   // Catches up with the list on disk when another process replaced (or
   // removed) it since this process last read or wrote it: adopts what it
   // holds. True when the list on disk had changed.
+  //
+  // Callers hold the list lock (WithListLock, CatchUpLocked). Reading the list opens it,
+  // and on Windows a file that is open anywhere cannot be replaced: a save
+  // of another process made meanwhile would fail and lose what it held.
   bool CatchUp() {
     std::lock_guard<std::recursive_mutex> lock(mLock);
     if (mListPath.empty()) return false;
@@ -133,6 +139,17 @@ class Registry : public PropList {
     }
     Merge(std::move(disk));
     return true;
+  }
+
+  // CatchUp under the list lock, for a lookup or a first use. A process that
+  // has never saved does not make the lock file only to read: without one, no
+  // process has saved yet, and there is no save to wait for.
+  bool CatchUpLocked() {
+    std::lock_guard<std::recursive_mutex> lock(mLock);
+    const bool lockable = mLockDepth > 0 || mLockFile.IsOpen() ||
+                          (!mLockPath.empty() && platform::ReadAttributes(mLockPath));
+    const ListLockHold hold(*this, lockable && AcquireListLock());
+    return CatchUp();
   }
 
   // Writes the list: catches up with the file first, sets a damaged file
@@ -213,7 +230,7 @@ class Registry : public PropList {
       return 0;
     }
     RemoveDeadSaves();
-    CatchUp();
+    CatchUpLocked();
     return 0;
   }
 
@@ -526,7 +543,7 @@ std::uint32_t FindFolder(const UTF16String& folder, const UTF16String& name,
   };
   if (lookUp()) return 0;
   // Another process may have registered it since this one read the list.
-  if (registry.CatchUp() && lookUp()) return 0;
+  if (registry.CatchUpLocked() && lookUp()) return 0;
   return TOV::kErrRegistryNotFound;
 }
 

@@ -175,6 +175,9 @@ TOV_API void LoadPropList(const UTF16String& path, PropList& list, std::uint32_t
 // process is killed or the disk fills up. On failure the temporary file is
 // deleted (a process killed mid-save can leave it behind) and PropListError
 // (kWriteFailed, with the system's error) is thrown; `path` is unchanged.
+// On Windows a file that any handle holds open cannot be replaced: a rename
+// refused with 5 or 32 is tried again ten times, 20, 40, ... 200 ms apart
+// (about a second in all), before the save fails with that error.
 TOV_API void SavePropList(const UTF16String& path, const PropList& list);
 
 // True when SavePropList writes `text` (a key or a value, UTF-8) so that

@@ -138,7 +138,14 @@ TOV_API UTF16String WritersFolder();              // entry 4
 //     catching up with the list, so two processes registering the same pair at
 //     once get the same file.
 //   - FindFolder that misses re-reads the list when it changed on disk, so a
-//     pair another process registered since is found.
+//     pair another process registered since is found. It reads the list (and
+//     asks for its version) only under the inter-process lock, as first use
+//     does: on Windows a file cannot be replaced while another process has it
+//     open, so a reader outside the lock would make a save fail. A process
+//     that has never saved does not create the lock file only to look up.
+//   - On Windows, a save whose replace is refused because a program outside
+//     the library (a virus scanner, the search indexer) has the list open for
+//     a moment tries again for about a second before it reports the failure.
 //   - The save at exit writes only when this process holds something the file
 //     lacks (or there is no file): a process that only looked pairs up never
 //     rewrites the list.

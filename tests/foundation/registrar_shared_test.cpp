@@ -2,6 +2,7 @@
 // break: damaged lists, full disks, text the list cannot store.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -242,6 +243,38 @@ TEST_F(SharedRegistrar, FindSeesWhatAnotherProcessRegisteredAfterFirstUse) {
   basalt::proplist::utils::SavePropList(tovtest::Lib(ListPath()), list);
   UTF16String found;
   ASSERT_EQ(FolderRegistrar::FindFolder(u"C:\\Theirs"_u16, u"n"_u16, found), 0u);
+  EXPECT_EQ(found, u"C:\\Cache\\theirs.vpc"_u16);
+}
+
+// A lookup that misses reads the list only while it holds the list lock, so
+// that it never has the file open while another process replaces it (which
+// Windows refuses, and the other process's save would be lost).
+TEST_F(SharedRegistrar, LookupReadsTheListOnlyUnderTheListLock) {
+  Host();
+  UTF16String file;
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Mine"_u16, UTF16String(), file), 0u);
+  // Another process holds the lock while it adds a pair.
+  const platform::Result<platform::FileHandle> lockFile =
+      platform::OpenLockFile(tovtest::Lib(ListPath() + ".lock"));
+  ASSERT_TRUE(lockFile.IsOk()) << lockFile.Error();
+  ASSERT_TRUE(platform::TakeExclusiveLock(*lockFile).IsOk());
+  PropList list = ListOnDisk();
+  list.CreateChild("C:\\Theirs#n").SetString("CacheFile", u"C:\\Cache\\theirs.vpc"_u16);
+  basalt::proplist::utils::SavePropList(tovtest::Lib(ListPath()), list);
+
+  std::atomic<bool> returned{false};
+  UTF16String found;
+  std::uint32_t status = 1;
+  std::thread lookup([&] {
+    status = FolderRegistrar::FindFolder(u"C:\\Theirs"_u16, u"n"_u16, found);
+    returned = true;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  EXPECT_FALSE(returned) << "the lookup read the list while another process held the lock";
+  ASSERT_TRUE(platform::ReleaseLock(*lockFile).IsOk());
+  lookup.join();
+  (void)platform::CloseFile(*lockFile);
+  EXPECT_EQ(status, 0u);
   EXPECT_EQ(found, u"C:\\Cache\\theirs.vpc"_u16);
 }
 

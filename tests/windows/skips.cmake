@@ -36,9 +36,6 @@ tov_windows_skip(files TempFileName.NameIsPrefixAndResult
   "Wine: GetTempFileNameW writes the number in lower-case hexadecimal; Windows writes upper case")
 tov_windows_skip(files AutoFileName.NameGrowsAfterCollisionWithinOneTick
   "Wine: creating the 3000 files that occupy the next 3 s of tick counts takes longer than 3 s, so no collision happens")
-# --- foundation ----------------------------------------------------------------
-tov_windows_skip(foundation SharedRegistrar.FourRegistrarsAndTwoLookersLoseNothing
-  "Known Win32 backend fault, not a Wine deviation: a save replaces the list with MoveFileExW, which fails with 5 (access denied) while a looking-up process has the list open, so registrations of the other processes are lost; the two-process case passes")
 # --- platform ------------------------------------------------------------------
 tov_windows_skip(platform FileCalls.ReadOnlyHandleRefusesToChangeTheSize
   "Wine: setting the end of file on a handle without write access fails with 87 where Windows gives 5")
