@@ -355,6 +355,12 @@ void RunRow(const Row& row) {
   fs::permissions(tree.Native(), fs::perms::all);
   const std::string work = tree.NativeOf("work");
   SetUp(work, row.flags);
+  // What the tool leaves in the temporary folder (the demo's files) goes
+  // into the row's own tree, not the user's.
+  fs::create_directories(tree.NativeOf("tmp"));
+  fs::permissions(tree.NativeOf("tmp"), fs::perms::all);
+  const tovtest::ScopedEnv tmpdir("TMPDIR", tree.NativeOf("tmp").c_str());
+  const tovtest::ScopedEnv tmp("TMP", tree.NativeOf("tmp").c_str());
 
   tovtest::ChildOptions options;
   options.args = row.args;
