@@ -1,6 +1,7 @@
 // Legacy time records: sample and frame count conversions, system clock.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -101,9 +102,11 @@ TEST(LegacyTime, GetSystemTimeWithNullDoesNothing) { Halyard::TimeUtils::GetSyst
 TEST(LegacyTime, GetSystemTimeFillsUtcFields) {
   Halyard::VDateTime now;
   std::memset(&now, 0xAB, sizeof now);
-  const std::time_t before = std::time(nullptr);
+  // The system clock itself, read precisely: std::time may come from a
+  // coarse clock a few milliseconds behind, and miss a second that just began.
+  const std::time_t before = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   Halyard::TimeUtils::GetSystemTime(&now);
-  const std::time_t after = std::time(nullptr);
+  const std::time_t after = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   EXPECT_EQ(now.kind, 2);
   EXPECT_LT(now.milliseconds, 1000);
   bool matched = false;
