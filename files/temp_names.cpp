@@ -85,8 +85,8 @@ void TOVGetTempFileName(const UTF16String& folder, UTF16String& name) {
 }
 
 UTF16String TOVGetPreferencesFolder() {
-  const bool haveDrive = platform::GetEnvVar(u"HOMEDRIVE"_u16).has_value();
-  const bool havePath = platform::GetEnvVar(u"HOMEPATH"_u16).has_value();
+  const bool haveDrive = platform::GetEnvVar(u"HOMEDRIVE"_u16).IsOk();
+  const bool havePath = platform::GetEnvVar(u"HOMEPATH"_u16).IsOk();
   UTF16String folder;
   if (haveDrive || havePath) {
     folder = EnvOrEmpty(u"HOMEDRIVE") + EnvOrEmpty(u"HOMEPATH");

@@ -6,24 +6,28 @@
 // the system takes. Reading, writing and closing use the standard <cstdio>
 // calls directly.
 //
-// Failures leave a Windows error code as the thread's last error.
+// Each call returns its outcome with the Windows error code of a failure
+// (result.h): a missing file gives 2, a missing folder on the way 3, a null
+// argument 87.
 #pragma once
 
 #include <cstdio>
 
 #include "basalt/strings.h"
+#include "platform/result.h"
 
 namespace tovimpl::platform {
 
 // Opens the file at the NUL-terminated UTF-16 `path` with the fopen `mode`
-// ("rb", "wb", …). Mirrors _wfopen. Null on failure.
-std::FILE* OpenCFile(const unsigned short* path, const char* mode);
+// ("rb", "wb", …). Mirrors _wfopen. The open stream, never null on success;
+// the caller closes it with std::fclose.
+Result<std::FILE*> OpenCFile(const unsigned short* path, const char* mode);
 
 // The same with an 8-bit path in the system code page (UTF-8 on POSIX).
 // Mirrors fopen.
-std::FILE* OpenCFileA(const char* path, const char* mode);
+Result<std::FILE*> OpenCFileA(const char* path, const char* mode);
 
-// Deletes the file at `path`. Mirrors _wremove; true when it succeeded.
-bool RemoveCFile(const unsigned short* path);
+// Deletes the file at `path`. Mirrors _wremove.
+Status RemoveCFile(const unsigned short* path);
 
 }  // namespace tovimpl::platform

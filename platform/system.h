@@ -2,9 +2,9 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 
 #include "basalt/strings.h"
+#include "platform/result.h"
 
 namespace tovimpl::platform {
 
@@ -22,9 +22,9 @@ std::uint32_t TickCountMs();
 // other C libraries: nothing. Windows: HeapCompact of the process heap.
 void ReleaseFreedMemory();
 
-// The value of an environment variable, or nothing when it is not set
-// (last error kErrorEnvVarNotFound). Names and values are UTF-16; on POSIX the
-// environment's bytes are read as UTF-8.
-std::optional<UTF16String> GetEnvVar(const UTF16String& name);
+// The value of an environment variable; kErrorEnvVarNotFound (203) when it is
+// not set. A variable set to the empty text gives the empty text. Names and
+// values are UTF-16; on POSIX the environment's bytes are read as UTF-8.
+Result<UTF16String> GetEnvVar(const UTF16String& name);
 
 }  // namespace tovimpl::platform

@@ -6,7 +6,8 @@
 //   mbstowcs / wcstombs / MB_CUR_MAX with UTF-16 on the wide side, in the
 //   calling thread's current LC_CTYPE (uselocale or setlocale);
 // - FormatSystemMessage: FormatMessageW for a system error code.
-// Failures leave a Windows error code as the thread's last error (error.h).
+// The two services return their outcome with the Windows error code of a
+// failure (result.h) and leave the thread's last-error slot alone.
 #pragma once
 
 #include <cstddef>
@@ -15,6 +16,7 @@
 #include <string_view>
 
 #include "basalt/strings.h"
+#include "platform/result.h"
 
 namespace tovimpl::platform {
 
@@ -31,27 +33,26 @@ std::string UTF16ToNarrow(UTF16StringView text);
 inline constexpr std::uint32_t kErrorNoUnicodeTranslation = 1113;
 inline constexpr std::uint32_t kErrorMrMidNotFound = 317;
 
-// The value the multibyte conversions answer on failure, (size_t)-1.
+// The value the C runtime's mbstowcs and wcstombs answer on failure, (size_t)-1.
 inline constexpr std::size_t kMultiByteError = static_cast<std::size_t>(-1);
 
 // The C runtime's mbstowcs with UTF-16 as the wide form. Converts the
 // NUL-terminated multibyte `text` in the current LC_CTYPE. With out == nullptr
 // measures the whole text and ignores `count`; otherwise writes at most `count`
-// code units (never half a surrogate pair) and the NUL when it fits. Returns
-// the number of code units converted, the NUL not counted; kMultiByteError for
-// an invalid sequence (last error kErrorNoUnicodeTranslation). In a locale
-// whose codeset is ASCII ("C", "POSIX") bytes 0x80–0xFF give U+0080–U+00FF.
-std::size_t MultiByteToUTF16(char16_t* out, const char* text, std::size_t count);
+// code units (never half a surrogate pair) and the NUL when it fits. Gives the
+// number of code units converted, the NUL not counted; kErrorNoUnicodeTranslation
+// (1113) for an invalid sequence. In a locale whose codeset is ASCII ("C",
+// "POSIX") bytes 0x80–0xFF give U+0080–U+00FF.
+Result<std::size_t> MultiByteToUTF16(char16_t* out, const char* text, std::size_t count);
 
 // The C runtime's wcstombs with UTF-16 as the wide form. Converts the
 // NUL-terminated UTF-16 `text` into the current LC_CTYPE's multibyte form.
 // With out == nullptr measures the whole text and ignores `count`; otherwise
 // writes at most `count` bytes (never part of a character) and the NUL when it
-// fits. Returns the number of bytes written, the NUL not counted;
-// kMultiByteError when a character cannot be represented (an unpaired
-// surrogate, or above U+00FF in an ASCII-codeset locale), last error
-// kErrorNoUnicodeTranslation.
-std::size_t UTF16ToMultiByte(char* out, const char16_t* text, std::size_t count);
+// fits. Gives the number of bytes written, the NUL not counted;
+// kErrorNoUnicodeTranslation (1113) when a character cannot be represented (an
+// unpaired surrogate, or above U+00FF in an ASCII-codeset locale).
+Result<std::size_t> UTF16ToMultiByte(char* out, const char16_t* text, std::size_t count);
 
 // The C runtime's MB_CUR_MAX: the most bytes one character takes in the
 // current LC_CTYPE.
@@ -59,12 +60,13 @@ std::size_t MaxMultiByteLength();
 
 // Windows: FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER |
 // FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS (0x1300), nullptr,
-// code, languageId, …) followed by LocalFree of the system's buffer. Stores the
-// system's text for `code`, unchanged, in `text` and returns its length in code
-// units; 0 when the system has no text (last error kErrorMrMidNotFound), `text`
-// then emptied. On POSIX the known codes are those MapErrno produces
+// code, languageId, …) followed by LocalFree of the system's buffer. Gives the
+// system's text for `code`, unchanged (never empty); when the system has no
+// text, the system's code for that, kErrorMrMidNotFound (317) when it names
+// none. On POSIX the known codes are those MapErrno produces
 // (posix_support.h): each maps back to its errno, the text is the "C"-locale
-// strerror text and "\r\n"; `languageId` is ignored there.
-std::uint32_t FormatSystemMessage(std::uint32_t code, std::uint32_t languageId, UTF16String& text);
+// strerror text and "\r\n"; `languageId` is ignored there; any other code
+// gives 317.
+Result<UTF16String> FormatSystemMessage(std::uint32_t code, std::uint32_t languageId);
 
 }  // namespace tovimpl::platform

@@ -1,4 +1,6 @@
 // The host's string dictionary and operating-system error messages.
+#include <utility>
+
 #include "basalt/localizer.h"
 #include "platform/text.h"
 #include "tovfoundation/text.h"
@@ -41,8 +43,9 @@ namespace Halyard {
 UTF16String Win32ErrorCodeToMessage(std::uint32_t code) {
   // The user's default language: LANG_NEUTRAL with SUBLANG_DEFAULT.
   constexpr std::uint32_t kDefaultLanguage = 0x400;
-  UTF16String message;
-  if (tovimpl::platform::FormatSystemMessage(code, kDefaultLanguage, message) != 0) return message;
+  tovimpl::platform::Result<UTF16String> message =
+      tovimpl::platform::FormatSystemMessage(code, kDefaultLanguage);
+  if (message) return std::move(*message);
   return basalt::config::Localizer::Lookup(
       "$$$/TOV/Common/WinOSErrorConversionFailed=There was an error converting this Win32 error "
       "to a message!");

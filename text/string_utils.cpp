@@ -145,20 +145,27 @@ void InitVLocale(const std::locale& locale) {
 
 namespace Halyard {
 
+namespace {
+// The length the buffer forms report for text the runtime cannot convert: its
+// error value, all ones in 32 bits.
+constexpr std::uint32_t kConversionFailed = 0xFFFFFFFFu;
+}  // namespace
+
 std::uint32_t VUtilsASCIIStrToUnicode(const char* source, char16_t* destination,
                                       std::uint32_t* length) {
   if (source == nullptr || length == nullptr) return TOV::kErrInvalidArgument;
-  const std::size_t measured = tovimpl::platform::MultiByteToUTF16(nullptr, source, 0);
-  if (measured == tovimpl::platform::kMultiByteError) {
-    *length = 0xFFFFFFFFu;
+  const tovimpl::platform::Result<std::size_t> measured =
+      tovimpl::platform::MultiByteToUTF16(nullptr, source, 0);
+  if (!measured) {
+    *length = kConversionFailed;
     return TOV::kErrInvalidPointer;
   }
-  const auto units = static_cast<std::uint32_t>(measured);
+  const auto units = static_cast<std::uint32_t>(*measured);
   *length = units + 1u;
   if (destination == nullptr) return TOV::kSuccess;
-  const std::size_t converted =
+  const tovimpl::platform::Result<std::size_t> converted =
       tovimpl::platform::MultiByteToUTF16(destination, source, std::size_t{units} + 1u);
-  return converted == tovimpl::platform::kMultiByteError ? TOV::kErrInvalidPointer : TOV::kSuccess;
+  return converted ? TOV::kSuccess : TOV::kErrInvalidPointer;
 }
 
 WideString VUtilsASCIIStrToUnicode(const char* source) {
@@ -181,13 +188,14 @@ std::uint32_t VUtilsUnicodeToASCIIStr(const char16_t* source, char* destination,
   // converts the whole text whatever the bound says.
   const std::size_t bound =
       tovimpl::platform::MaxMultiByteLength() * std::char_traits<char16_t>::length(source);
-  const std::size_t measured = tovimpl::platform::UTF16ToMultiByte(nullptr, source, bound);
-  *length = static_cast<std::uint32_t>(measured);
-  if (measured == tovimpl::platform::kMultiByteError) return TOV::kErrCreateFailed;
+  const tovimpl::platform::Result<std::size_t> measured =
+      tovimpl::platform::UTF16ToMultiByte(nullptr, source, bound);
+  *length = measured ? static_cast<std::uint32_t>(*measured) : kConversionFailed;
+  if (!measured) return TOV::kErrCreateFailed;
   if (destination == nullptr) return TOV::kSuccess;
-  const std::size_t converted =
+  const tovimpl::platform::Result<std::size_t> converted =
       tovimpl::platform::UTF16ToMultiByte(destination, source, std::size_t{*length} + 1u);
-  return converted == tovimpl::platform::kMultiByteError ? TOV::kErrCreateFailed : TOV::kSuccess;
+  return converted ? TOV::kSuccess : TOV::kErrCreateFailed;
 }
 
 std::string VUtilsUnicodeToASCIIStr(const char16_t* source) {

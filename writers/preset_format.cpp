@@ -118,20 +118,20 @@ std::uint32_t VGetFormatName(std::FILE* file, unsigned short* name, std::uint32_
 
 std::uint32_t VGetFormatName(const char* path, unsigned short* name, std::uint32_t capacity) {
   if (path == nullptr || name == nullptr || capacity == 0) return TOV::kErrInvalidPointer;
-  std::FILE* file = tovimpl::platform::OpenCFileA(path, "rb");
-  if (file == nullptr) return TOV::kErrOpenFailed;
-  const std::uint32_t status = VGetFormatName(file, name, capacity);
-  std::fclose(file);
+  const tovimpl::platform::Result<std::FILE*> file = tovimpl::platform::OpenCFileA(path, "rb");
+  if (!file) return TOV::kErrOpenFailed;
+  const std::uint32_t status = VGetFormatName(*file, name, capacity);
+  std::fclose(*file);
   return status;
 }
 
 std::uint32_t VGetFormatName(const unsigned short* path, unsigned short* name,
                              std::uint32_t capacity) {
   if (path == nullptr || name == nullptr || capacity == 0) return TOV::kErrInvalidPointer;
-  std::FILE* file = tovimpl::platform::OpenCFile(path, "rb");
-  if (file == nullptr) return TOV::kErrOpenFailed;
-  const std::uint32_t status = VGetFormatName(file, name, capacity);
-  std::fclose(file);
+  const tovimpl::platform::Result<std::FILE*> file = tovimpl::platform::OpenCFile(path, "rb");
+  if (!file) return TOV::kErrOpenFailed;
+  const std::uint32_t status = VGetFormatName(*file, name, capacity);
+  std::fclose(*file);
   return status;
 }
 
@@ -140,10 +140,10 @@ std::uint32_t VIsPresetFileForThisWriter(const char* path, const unsigned short*
   if (path == nullptr || writerName == nullptr || isForWriter == nullptr) {
     return TOV::kErrInvalidPointer;
   }
-  std::FILE* file = tovimpl::platform::OpenCFileA(path, "rb");
-  if (file == nullptr) return TOV::kErrOpenFailed;
-  const std::uint32_t status = IsPresetStreamForWriter(file, writerName, isForWriter);
-  std::fclose(file);
+  const tovimpl::platform::Result<std::FILE*> file = tovimpl::platform::OpenCFileA(path, "rb");
+  if (!file) return TOV::kErrOpenFailed;
+  const std::uint32_t status = IsPresetStreamForWriter(*file, writerName, isForWriter);
+  std::fclose(*file);
   return status;
 }
 
@@ -175,8 +175,9 @@ std::uint32_t VIsPresetForThisWriter(const unsigned short* preset, std::uint32_t
   const UTF16String path = std::move(*made);
 
   // The preset's units, little-endian.
-  std::FILE* file = platform::OpenCFile(path.c_str(), "wb");
-  if (file == nullptr) return TOV::kErrCreateFailed;
+  const platform::Result<std::FILE*> created = platform::OpenCFile(path.c_str(), "wb");
+  if (!created) return TOV::kErrCreateFailed;
+  std::FILE* file = *created;
   std::size_t written = 0;
   std::array<unsigned char, 4096> bytes{};
   for (std::uint32_t done = 0; done < units;) {
@@ -195,11 +196,12 @@ std::uint32_t VIsPresetForThisWriter(const unsigned short* preset, std::uint32_t
   if (written < units || !flushed) return TOV::kErrCreateFailed;  // the file is left behind
 
   std::uint32_t status = TOV::kErrOpenFailed;
-  if (std::FILE* in = platform::OpenCFile(path.c_str(), "rb")) {
-    status = IsPresetStreamForWriter(in, writerName, isForWriter);
-    std::fclose(in);
+  if (const platform::Result<std::FILE*> in = platform::OpenCFile(path.c_str(), "rb")) {
+    status = IsPresetStreamForWriter(*in, writerName, isForWriter);
+    std::fclose(*in);
   }
-  platform::RemoveCFile(path.c_str());
+  // The decision stands whether or not the file could be deleted.
+  (void)platform::RemoveCFile(path.c_str());
   return status;
 }
 

@@ -11,42 +11,33 @@
 namespace tovimpl::platform {
 
 namespace {
-std::FILE* OpenNative(const std::string& native, const char* mode) {
+Result<std::FILE*> OpenNative(const std::string& native, const char* mode) {
   std::FILE* file = std::fopen(native.c_str(), mode);
-  if (file == nullptr) posix::SetLastErrorFromErrno(errno, ExistsAs::kFileExists, native);
+  if (file == nullptr)
+    return Status::Failure(posix::MapErrno(errno, ExistsAs::kFileExists, native));
   return file;
 }
 }  // namespace
 
-std::FILE* OpenCFile(const unsigned short* path, const char* mode) {
-  if (path == nullptr || mode == nullptr) {
-    SetLastError(kErrorInvalidParameter);
-    return nullptr;
-  }
+Result<std::FILE*> OpenCFile(const unsigned short* path, const char* mode) {
+  if (path == nullptr || mode == nullptr) return Status::Failure(kErrorInvalidParameter);
   return OpenNative(posix::NativePath(UTF16StringView(path)), mode);
 }
 
-std::FILE* OpenCFileA(const char* path, const char* mode) {
-  if (path == nullptr || mode == nullptr) {
-    SetLastError(kErrorInvalidParameter);
-    return nullptr;
-  }
+Result<std::FILE*> OpenCFileA(const char* path, const char* mode) {
+  if (path == nullptr || mode == nullptr) return Status::Failure(kErrorInvalidParameter);
   // The system code page is UTF-8 here; the path is still in the library's
   // spelling, so it takes the same translation as a UTF-16 one.
   return OpenNative(posix::NativePath(basalt::UTF8to16(path)), mode);
 }
 
-bool RemoveCFile(const unsigned short* path) {
-  if (path == nullptr) {
-    SetLastError(kErrorInvalidParameter);
-    return false;
-  }
+Status RemoveCFile(const unsigned short* path) {
+  if (path == nullptr) return Status::Failure(kErrorInvalidParameter);
   const std::string native = posix::NativePath(UTF16StringView(path));
   if (std::remove(native.c_str()) != 0) {
-    posix::SetLastErrorFromErrno(errno, ExistsAs::kAlreadyExists, native);
-    return false;
+    return Status::Failure(posix::MapErrno(errno, ExistsAs::kAlreadyExists, native));
   }
-  return true;
+  return Status::Ok();
 }
 
 }  // namespace tovimpl::platform

@@ -32,7 +32,6 @@ namespace {
 
 using posix::LibraryPath;
 using posix::NativePath;
-using posix::SetLastErrorFromErrno;
 
 // The failure for errno `error` on `native` (see posix::MapErrno).
 Status Failed(int error, const std::string& native = std::string(),
@@ -340,97 +339,70 @@ struct Handle {
 };
 
 // Copies `sourcePath` to `targetPath`, whose native forms are `source` and
-// `target`. False with the last error set (the file calls report that way).
-bool CopyNative(const UTF16String& sourcePath, const std::string& source,
-                const UTF16String& targetPath, const std::string& target,
-                CopyProgressRoutine progress, void* data, const int* cancel, bool failIfExists) {
+// `target`. A target left half-written is removed.
+Status CopyNative(const UTF16String& sourcePath, const std::string& source,
+                  const UTF16String& targetPath, const std::string& target,
+                  CopyProgressRoutine progress, void* data, const int* cancel, bool failIfExists) {
   struct stat sst {};
-  if (::stat(source.c_str(), &sst) != 0) {
-    SetLastErrorFromErrno(errno, ExistsAs::kFileExists, source);
-    return false;
-  }
-  if (S_ISDIR(sst.st_mode)) {
-    SetLastError(kErrorAccessDenied);
-    return false;
-  }
+  if (::stat(source.c_str(), &sst) != 0) return Failed(errno, source, ExistsAs::kFileExists);
+  if (S_ISDIR(sst.st_mode)) return Status::Failure(kErrorAccessDenied);
   struct stat tst {};
   if (::stat(target.c_str(), &tst) == 0 && tst.st_dev == sst.st_dev && tst.st_ino == sst.st_ino) {
-    SetLastError(kErrorSharingViolation);  // a file copied onto itself
-    return false;
+    return Status::Failure(kErrorSharingViolation);  // a file copied onto itself
   }
   Handle in;
   const Result<OpenedFile> opened =
       OpenFile(sourcePath, kGenericRead, kFileShareRead, kOpenExisting, kFileFlagSequentialScan);
-  if (!opened) {
-    SetLastError(opened.Error());
-    return false;
-  }
+  if (!opened) return opened.ToStatus();
   in.file = opened->handle;
   Handle out;
   const Result<OpenedFile> created =
       OpenFile(targetPath, kGenericWrite, 0, failIfExists ? kCreateNew : kCreateAlways,
                kFileFlagSequentialScan);
-  if (!created) {
-    SetLastError(created.Error());
-    return false;
-  }
+  if (!created) return created.ToStatus();
   out.file = created->handle;
   (void)::chmod(target.c_str(), sst.st_mode & 07777);
-  auto abandon = [&](bool removeTarget) {
+  // Gives up with `error`, first closing and deleting the target when asked.
+  auto abandon = [&](ErrorCode error, bool removeTarget) {
     if (removeTarget) {
-      const std::uint32_t error = GetLastError();
-      (void)CloseFile(out.file);
+      if (out.file.IsOpen()) (void)CloseFile(out.file);
       out.file = FileHandle();
       ::unlink(target.c_str());
-      SetLastError(error);
     }
-    return false;
+    return Status::Failure(error);
   };
   const std::uint64_t total = static_cast<std::uint64_t>(sst.st_size);
   std::uint64_t done = 0;
   bool quiet = progress == nullptr;
-  auto ask = [&](std::uint32_t reason) -> bool {
-    if (quiet) return true;
+  // The progress routine's answer: 0 to go on, 1 to cancel (target deleted),
+  // 2 to stop (target kept), 3 to go on without further calls.
+  auto ask = [&](std::uint32_t reason) -> Status {
+    if (quiet) return Status::Ok();
     const std::uint32_t answer =
         progress(total, done, total, done, 1, reason, nullptr, nullptr, data);
     if (answer == 3) quiet = true;
-    if (answer == 1 || answer == 2) {
-      SetLastError(kErrorRequestAborted);
-      abandon(answer == 1);
-      return false;
-    }
-    return true;
+    if (answer == 1 || answer == 2) return abandon(kErrorRequestAborted, answer == 1);
+    return Status::Ok();
   };
-  if (!ask(1)) return false;
+  if (const Status go = ask(1); !go) return go;
   std::vector<char> buffer(1 << 20);
   for (;;) {
-    if (cancel != nullptr && *cancel != 0) {
-      SetLastError(kErrorRequestAborted);
-      return abandon(true);
-    }
+    if (cancel != nullptr && *cancel != 0) return abandon(kErrorRequestAborted, true);
     const Result<std::uint32_t> got =
         ReadAt(in.file, done, buffer.data(), static_cast<std::uint32_t>(buffer.size()));
-    if (!got) {
-      SetLastError(got.Error());
-      return abandon(true);
-    }
+    if (!got) return abandon(got.Error(), true);
     if (*got == 0) break;
     const Result<std::uint32_t> written = WriteAt(out.file, done, buffer.data(), *got);
     if (!written || *written != *got) {
-      SetLastError(written ? kErrorWriteFault : written.Error());
-      return abandon(true);
+      return abandon(written ? kErrorWriteFault : written.Error(), true);
     }
     done += *got;
-    if (!ask(0)) return false;
+    if (const Status go = ask(0); !go) return go;
   }
-  if (const Status closed = CloseFile(out.file); !closed) {
-    SetLastError(closed.Error());
-    out.file = FileHandle();
-    return abandon(true);
-  }
+  const Status closed = CloseFile(out.file);
   out.file = FileHandle();
-  SetLastError(kErrorSuccess);
-  return true;
+  if (!closed) return abandon(closed.Error(), true);
+  return Status::Ok();
 }
 
 }  // namespace
@@ -441,11 +413,8 @@ Status CopyFileContents(const UTF16String& source, const UTF16String& target,
   const std::string nativeSource = NativePath(source);
   const std::string nativeTarget = NativePath(target);
   if (nativeSource.empty() || nativeTarget.empty()) return Status::Failure(kErrorPathNotFound);
-  if (CopyNative(source, nativeSource, target, nativeTarget, progress, data, cancel,
-                 failIfExists)) {
-    return Status::Ok();
-  }
-  return Status::Failure(GetLastError() != 0 ? GetLastError() : kErrorGenFailure);
+  return CopyNative(source, nativeSource, target, nativeTarget, progress, data, cancel,
+                    failIfExists);
 }
 
 namespace {
@@ -487,9 +456,10 @@ Status MoveNoReplace(const UTF16String& source, const UTF16String& target) {
   if (::lstat(from.c_str(), &st) != 0 || S_ISDIR(st.st_mode)) {
     return Status::Failure(kErrorNotSameDevice);
   }
-  if (!CopyNative(source, from, target, to, nullptr, nullptr, nullptr, true)) {
-    const ErrorCode copyError = GetLastError() != 0 ? GetLastError() : kErrorGenFailure;
-    return Status::Failure(copyError == kErrorFileExists ? kErrorAlreadyExists : copyError);
+  if (const Status copied = CopyNative(source, from, target, to, nullptr, nullptr, nullptr, true);
+      !copied) {
+    return Status::Failure(copied.Error() == kErrorFileExists ? kErrorAlreadyExists
+                                                              : copied.Error());
   }
   if (::unlink(from.c_str()) != 0) {
     const int unlinkError = errno;

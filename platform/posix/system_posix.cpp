@@ -36,12 +36,9 @@ void ReleaseFreedMemory() {
 #endif
 }
 
-std::optional<UTF16String> GetEnvVar(const UTF16String& name) {
+Result<UTF16String> GetEnvVar(const UTF16String& name) {
   const char* value = std::getenv(basalt::UTF16to8(name).c_str());
-  if (value == nullptr) {
-    SetLastError(kErrorEnvVarNotFound);
-    return std::nullopt;
-  }
+  if (value == nullptr) return Status::Failure(kErrorEnvVarNotFound);
   return basalt::UTF8to16(value);
 }
 

@@ -33,11 +33,12 @@ bool CodesetIsAscii() {
          std::strcmp(codeset, "US-ASCII") == 0;
 }
 
-void Fail(std::uint32_t code) { SetLastError(code); }
+// The failure of a conversion: a character without a counterpart.
+Status NoTranslation() { return Status::Failure(kErrorNoUnicodeTranslation); }
 
 }  // namespace
 
-std::size_t MultiByteToUTF16(char16_t* out, const char* text, std::size_t count) {
+Result<std::size_t> MultiByteToUTF16(char16_t* out, const char* text, std::size_t count) {
   const bool measuring = out == nullptr;
   std::size_t written = 0;
   const auto* src = reinterpret_cast<const unsigned char*>(text);
@@ -61,8 +62,7 @@ std::size_t MultiByteToUTF16(char16_t* out, const char* text, std::size_t count)
     const std::size_t used =
         std::mbrtowc(&wide, reinterpret_cast<const char*>(src), MB_LEN_MAX, &state);
     if (used == static_cast<std::size_t>(-1) || used == static_cast<std::size_t>(-2)) {
-      Fail(kErrorNoUnicodeTranslation);
-      return kMultiByteError;
+      return NoTranslation();
     }
     if (used == 0) {  // the NUL
       if (!measuring && written < count) out[written] = u'\0';
@@ -70,8 +70,7 @@ std::size_t MultiByteToUTF16(char16_t* out, const char* text, std::size_t count)
     }
     const auto codePoint = static_cast<std::uint32_t>(wide);
     if (codePoint > 0x10FFFF || (codePoint >= 0xD800 && codePoint <= 0xDFFF)) {
-      Fail(kErrorNoUnicodeTranslation);
-      return kMultiByteError;
+      return NoTranslation();
     }
     const std::size_t units = codePoint >= 0x10000 ? 2 : 1;
     if (!measuring) {
@@ -89,15 +88,14 @@ std::size_t MultiByteToUTF16(char16_t* out, const char* text, std::size_t count)
   }
 }
 
-std::size_t UTF16ToMultiByte(char* out, const char16_t* text, std::size_t count) {
+Result<std::size_t> UTF16ToMultiByte(char* out, const char16_t* text, std::size_t count) {
   const bool measuring = out == nullptr;
   std::size_t written = 0;
 
   if (CodesetIsAscii()) {
     for (const char16_t* src = text; *src != 0; ++src) {
       if (*src > 0xFF) {
-        Fail(kErrorNoUnicodeTranslation);
-        return kMultiByteError;
+        return NoTranslation();
       }
       if (!measuring) {
         if (written == count) return written;
@@ -115,15 +113,13 @@ std::size_t UTF16ToMultiByte(char* out, const char16_t* text, std::size_t count)
     std::uint32_t codePoint = *src++;
     if (codePoint >= 0xD800 && codePoint <= 0xDFFF) {
       if (codePoint > 0xDBFF || *src < 0xDC00 || *src > 0xDFFF) {
-        Fail(kErrorNoUnicodeTranslation);
-        return kMultiByteError;
+        return NoTranslation();
       }
       codePoint = 0x10000u + ((codePoint - 0xD800u) << 10) + (*src++ - 0xDC00u);
     }
     const std::size_t used = std::wcrtomb(bytes, static_cast<wchar_t>(codePoint), &state);
     if (used == static_cast<std::size_t>(-1)) {
-      Fail(kErrorNoUnicodeTranslation);
-      return kMultiByteError;
+      return NoTranslation();
     }
     if (!measuring) {
       if (count - written < used) return written;
@@ -200,24 +196,18 @@ locale_t ClassicLocale() {
 
 }  // namespace
 
-std::uint32_t FormatSystemMessage(std::uint32_t code, std::uint32_t /*languageId*/,
-                                  UTF16String& text) {
-  text.clear();
+Result<UTF16String> FormatSystemMessage(std::uint32_t code, std::uint32_t /*languageId*/) {
   const int error = ErrnoForCode(code);
   const locale_t classic = ClassicLocale();
   if (error < 0 || classic == static_cast<locale_t>(nullptr)) {
-    Fail(kErrorMrMidNotFound);
-    return 0;
+    return Status::Failure(kErrorMrMidNotFound);
   }
   const char* message = ::strerror_l(error, classic);
-  if (message == nullptr || *message == '\0') {
-    Fail(kErrorMrMidNotFound);
-    return 0;
-  }
-  text = basalt::UTF8to16(message);
+  if (message == nullptr || *message == '\0') return Status::Failure(kErrorMrMidNotFound);
+  UTF16String text = basalt::UTF8to16(message);
   text.push_back(u'\r');
   text.push_back(u'\n');
-  return static_cast<std::uint32_t>(text.size());
+  return text;
 }
 
 }  // namespace tovimpl::platform

@@ -12,67 +12,54 @@ namespace tovimpl::platform {
 
 namespace {
 
-// The runtime reports through errno and, for the system's own failures, the
-// last error; a failure never leaves the last error at 0.
-void KeepRuntimeFailure() {
-  if (::GetLastError() != 0) return;
+// The code of a failed runtime call. The runtime reports through errno and,
+// for the system's own failures, the last error, which the caller cleared
+// before the call: that code wins; otherwise errno is translated.
+ErrorCode RuntimeFailure() {
+  const DWORD system = ::GetLastError();
+  if (system != 0) return static_cast<ErrorCode>(system);
   switch (errno) {
     case ENOENT:
-      ::SetLastError(ERROR_FILE_NOT_FOUND);
-      break;
+      return kErrorFileNotFound;
     case EACCES:
-      ::SetLastError(ERROR_ACCESS_DENIED);
-      break;
+      return kErrorAccessDenied;
     case EEXIST:
-      ::SetLastError(ERROR_FILE_EXISTS);
-      break;
+      return kErrorFileExists;
     case EINVAL:
-      ::SetLastError(ERROR_INVALID_PARAMETER);
-      break;
+      return kErrorInvalidParameter;
     case EMFILE:
-      ::SetLastError(ERROR_TOO_MANY_OPEN_FILES);
-      break;
+      return kErrorTooManyOpenFiles;
     default:
-      ::SetLastError(ERROR_GEN_FAILURE);
-      break;
+      return kErrorGenFailure;
   }
 }
 
 }  // namespace
 
-std::FILE* OpenCFile(const unsigned short* path, const char* mode) {
-  if (path == nullptr || mode == nullptr) {
-    ::SetLastError(ERROR_INVALID_PARAMETER);
-    return nullptr;
-  }
+Result<std::FILE*> OpenCFile(const unsigned short* path, const char* mode) {
+  if (path == nullptr || mode == nullptr) return Status::Failure(kErrorInvalidParameter);
   const std::wstring wideMode(mode, mode + std::char_traits<char>::length(mode));
-  ::SetLastError(0);
   const std::wstring widePath = win32::WidePath(UTF16StringView(path));
+  ::SetLastError(0);
   std::FILE* file = ::_wfopen(widePath.c_str(), wideMode.c_str());
-  if (file == nullptr) KeepRuntimeFailure();
+  if (file == nullptr) return Status::Failure(RuntimeFailure());
   return file;
 }
 
-std::FILE* OpenCFileA(const char* path, const char* mode) {
-  if (path == nullptr || mode == nullptr) {
-    ::SetLastError(ERROR_INVALID_PARAMETER);
-    return nullptr;
-  }
+Result<std::FILE*> OpenCFileA(const char* path, const char* mode) {
+  if (path == nullptr || mode == nullptr) return Status::Failure(kErrorInvalidParameter);
   ::SetLastError(0);
   std::FILE* file = std::fopen(path, mode);
-  if (file == nullptr) KeepRuntimeFailure();
+  if (file == nullptr) return Status::Failure(RuntimeFailure());
   return file;
 }
 
-bool RemoveCFile(const unsigned short* path) {
-  if (path == nullptr) {
-    ::SetLastError(ERROR_INVALID_PARAMETER);
-    return false;
-  }
+Status RemoveCFile(const unsigned short* path) {
+  if (path == nullptr) return Status::Failure(kErrorInvalidParameter);
+  const std::wstring widePath = win32::WidePath(UTF16StringView(path));
   ::SetLastError(0);
-  if (::_wremove(win32::WidePath(UTF16StringView(path)).c_str()) == 0) return true;
-  KeepRuntimeFailure();
-  return false;
+  if (::_wremove(widePath.c_str()) == 0) return Status::Ok();
+  return Status::Failure(RuntimeFailure());
 }
 
 }  // namespace tovimpl::platform

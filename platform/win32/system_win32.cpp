@@ -1,7 +1,6 @@
 // Win32 backend of the OS layer: process, thread, clock, environment and path spelling.
 // Only code that works on every supported Windows version belongs here.
 #include <cstdint>
-#include <optional>
 #include <string>
 
 #include "platform/error.h"
@@ -19,7 +18,7 @@ std::uint32_t TickCountMs() { return static_cast<std::uint32_t>(::GetTickCount()
 
 void ReleaseFreedMemory() { ::HeapCompact(::GetProcessHeap(), 0); }
 
-std::optional<UTF16String> GetEnvVar(const UTF16String& name) {
+Result<UTF16String> GetEnvVar(const UTF16String& name) {
   const std::wstring wideName = win32::Wide(name);
   std::wstring value(64, L'\0');
   for (;;) {
@@ -28,11 +27,8 @@ std::optional<UTF16String> GetEnvVar(const UTF16String& name) {
     const DWORD needed =
         ::GetEnvironmentVariableW(wideName.c_str(), value.data(), static_cast<DWORD>(value.size()));
     if (needed == 0) {
-      if (::GetLastError() == ERROR_ENVVAR_NOT_FOUND) return std::nullopt;
-      if (::GetLastError() != 0) {
-        win32::KeepFailureCode();
-        return std::nullopt;
-      }
+      const DWORD error = ::GetLastError();
+      if (error != 0) return Status::Failure(static_cast<ErrorCode>(error));
       return UTF16String();
     }
     if (needed < value.size()) {

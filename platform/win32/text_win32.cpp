@@ -34,39 +34,38 @@ std::string UTF16ToNarrow(UTF16StringView text) {
 
 // The C runtime's wide characters are UTF-16 on Windows, so mbstowcs and
 // wcstombs are the conversions themselves, in the calling thread's locale.
-std::size_t MultiByteToUTF16(char16_t* out, const char* text, std::size_t count) {
+// They report an unconvertible character through errno only.
+Result<std::size_t> MultiByteToUTF16(char16_t* out, const char* text, std::size_t count) {
   errno = 0;
   const std::size_t converted = std::mbstowcs(reinterpret_cast<wchar_t*>(out), text, count);
-  if (converted == kMultiByteError) ::SetLastError(kErrorNoUnicodeTranslation);
+  if (converted == kMultiByteError) return Status::Failure(kErrorNoUnicodeTranslation);
   return converted;
 }
 
-std::size_t UTF16ToMultiByte(char* out, const char16_t* text, std::size_t count) {
+Result<std::size_t> UTF16ToMultiByte(char* out, const char16_t* text, std::size_t count) {
   errno = 0;
   const std::size_t converted =
       std::wcstombs(out, reinterpret_cast<const wchar_t*>(text), out == nullptr ? 0 : count);
-  if (converted == kMultiByteError) ::SetLastError(kErrorNoUnicodeTranslation);
+  if (converted == kMultiByteError) return Status::Failure(kErrorNoUnicodeTranslation);
   return converted;
 }
 
 std::size_t MaxMultiByteLength() { return MB_CUR_MAX; }
 
-std::uint32_t FormatSystemMessage(std::uint32_t code, std::uint32_t languageId, UTF16String& text) {
+Result<UTF16String> FormatSystemMessage(std::uint32_t code, std::uint32_t languageId) {
   wchar_t* buffer = nullptr;
   const DWORD length = ::FormatMessageW(
       FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
       nullptr, static_cast<DWORD>(code), static_cast<DWORD>(languageId),
       reinterpret_cast<wchar_t*>(&buffer), 0, nullptr);
   if (length == 0 || buffer == nullptr) {
-    const std::uint32_t error = win32::LastErrorOr(kErrorMrMidNotFound);
-    text.clear();
+    const ErrorCode error = win32::LastErrorOr(kErrorMrMidNotFound);
     if (buffer != nullptr) ::LocalFree(buffer);
-    ::SetLastError(error);
-    return 0;
+    return Status::Failure(error);
   }
-  text = win32::FromWide(buffer, length);
+  UTF16String text = win32::FromWide(buffer, length);
   ::LocalFree(buffer);
-  return static_cast<std::uint32_t>(length);
+  return text;
 }
 
 }  // namespace tovimpl::platform

@@ -45,10 +45,11 @@ TEST(ErrorMessage, EveryCodeOfTheErrnoTableHasText) {
   for (int error : errors) {
     SCOPED_TRACE(error);
     const std::uint32_t code = tovimpl::platform::posix::MapErrno(error);
-    UTF16String text;
-    EXPECT_GT(tovimpl::platform::FormatSystemMessage(code, 0x400, text), 2u);
-    ASSERT_GE(text.size(), 2u);
-    EXPECT_EQ(text.substr(text.size() - 2), u"\r\n"_u16);
+    const tovimpl::platform::Result<UTF16String> text =
+        tovimpl::platform::FormatSystemMessage(code, 0x400);
+    ASSERT_TRUE(text);
+    ASSERT_GT(text->size(), 2u);
+    EXPECT_EQ(text->substr(text->size() - 2), u"\r\n"_u16);
   }
 }
 
@@ -59,12 +60,22 @@ TEST(ErrorMessage, CodeTheLayerNeverProducesGivesFallback) {
             u"There was an error converting this Win32 error to a message!"_u16);
 }
 
-TEST(ErrorMessage, SystemLayerReportsMissingText) {
-  UTF16String text = u"stale"_u16;
+TEST(ErrorMessage, SystemLayerGivesTheTextOfAKnownCode) {
+  const tovimpl::platform::Result<UTF16String> text =
+      tovimpl::platform::FormatSystemMessage(2, 0x400);
+  ASSERT_TRUE(text);
+  EXPECT_EQ(*text, u"No such file or directory\r\n"_u16);
+}
+
+TEST(ErrorMessage, SystemLayerCarriesMissingTextAsError317) {
   tovimpl::platform::SetLastError(0);
-  EXPECT_EQ(tovimpl::platform::FormatSystemMessage(0xDEADBEEF, 0x400, text), 0u);
-  EXPECT_TRUE(text.empty());
-  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorMrMidNotFound);
+  const tovimpl::platform::Result<UTF16String> text =
+      tovimpl::platform::FormatSystemMessage(0xDEADBEEF, 0x400);
+  EXPECT_FALSE(text);
+  EXPECT_EQ(text.Error(), tovimpl::platform::kErrorMrMidNotFound);
+  EXPECT_EQ(text.Error(), 317u);
+  EXPECT_TRUE(text->empty());
+  EXPECT_EQ(tovimpl::platform::GetLastError(), 0u);  // the slot is left alone
 }
 
 }  // namespace

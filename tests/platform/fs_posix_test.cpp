@@ -139,6 +139,62 @@ TEST(FsLayer, CopyFailIfExistsSaysFileExists) {
   EXPECT_FALSE(platform_test::Exists(temp.NativeOf("c")));
 }
 
+TEST(FsLayer, CopySucceedsWithTheContents) {
+  TempFolder temp;
+  platform_test::WriteFile(temp.NativeOf("a"), "contents");
+  const platform::Status copied =
+      platform::CopyFileContents(temp.Lib("a"), temp.Lib("b"), nullptr, nullptr, nullptr, true);
+  EXPECT_TRUE(copied);
+  EXPECT_EQ(copied.Error(), 0u);
+  EXPECT_EQ(platform_test::ReadFileBytes(temp.NativeOf("b")), "contents");
+}
+
+TEST(FsLayer, CopyOfMissingSourceCarriesFileNotFound) {
+  TempFolder temp;
+  EXPECT_EQ(platform::CopyFileContents(temp.Lib("missing"), temp.Lib("b"), nullptr, nullptr,
+                                       nullptr, false)
+                .Error(),
+            platform::kErrorFileNotFound);
+  EXPECT_FALSE(platform_test::Exists(temp.NativeOf("b")));
+}
+
+TEST(FsLayer, CopyOntoItselfIsASharingViolation) {
+  TempFolder temp;
+  platform_test::WriteFile(temp.NativeOf("a"), "a");
+  EXPECT_EQ(
+      platform::CopyFileContents(temp.Lib("a"), temp.Lib("a"), nullptr, nullptr, nullptr, false)
+          .Error(),
+      platform::kErrorSharingViolation);
+  EXPECT_EQ(platform_test::ReadFileBytes(temp.NativeOf("a")), "a");
+}
+
+// A progress routine answering what `data` points to.
+std::uint32_t Answer(std::uint64_t, std::uint64_t, std::uint64_t, std::uint64_t, std::uint32_t,
+                     std::uint32_t, void*, void*, void* data) {
+  return *static_cast<const std::uint32_t*>(data);
+}
+
+TEST(FsLayer, CopyCancelledByProgressDeletesTheTarget) {
+  TempFolder temp;
+  platform_test::WriteFile(temp.NativeOf("a"), "a");
+  std::uint32_t cancel = 1;
+  EXPECT_EQ(
+      platform::CopyFileContents(temp.Lib("a"), temp.Lib("b"), Answer, &cancel, nullptr, false)
+          .Error(),
+      platform::kErrorRequestAborted);
+  EXPECT_FALSE(platform_test::Exists(temp.NativeOf("b")));
+}
+
+TEST(FsLayer, CopyStoppedByProgressKeepsTheTarget) {
+  TempFolder temp;
+  platform_test::WriteFile(temp.NativeOf("a"), "a");
+  std::uint32_t stop = 2;
+  EXPECT_EQ(platform::CopyFileContents(temp.Lib("a"), temp.Lib("b"), Answer, &stop, nullptr, false)
+                .Error(),
+            platform::kErrorRequestAborted);
+  EXPECT_TRUE(platform_test::Exists(temp.NativeOf("b")));
+}
+
 TEST(FsLayer, CopyOfFolderIsAccessDenied) {
   TempFolder temp;
   EXPECT_EQ(platform::CopyFileContents(temp.Lib(), temp.Lib("c"), nullptr, nullptr, nullptr, false)

@@ -185,27 +185,56 @@ TEST(PlatformMultiByte, LimitedCountNeverSplitsSurrogatePair) {
   ScopedThreadLocale locale(kUtf8Locale);
   char16_t buffer[4] = {u'#', u'#', u'#', u'#'};
   // "a🎬": room for two units holds "a" only; the pair needs two more.
-  EXPECT_EQ(tovimpl::platform::MultiByteToUTF16(buffer, "a\xF0\x9F\x8E\xAC", 2), 1u);
+  EXPECT_EQ(*tovimpl::platform::MultiByteToUTF16(buffer, "a\xF0\x9F\x8E\xAC", 2), 1u);
   EXPECT_EQ(buffer[0], u'a');
   EXPECT_EQ(buffer[1], u'#');
-  EXPECT_EQ(tovimpl::platform::MultiByteToUTF16(buffer, "a\xF0\x9F\x8E\xAC", 3), 3u);
+  EXPECT_EQ(*tovimpl::platform::MultiByteToUTF16(buffer, "a\xF0\x9F\x8E\xAC", 3), 3u);
   EXPECT_EQ(buffer[3], u'#');  // no room for the NUL: none written
 }
 
 TEST(PlatformMultiByte, LimitedCountNeverSplitsCharacter) {
   ScopedThreadLocale locale(kUtf8Locale);
   char buffer[4] = {'#', '#', '#', '#'};
-  EXPECT_EQ(tovimpl::platform::UTF16ToMultiByte(buffer, u"a世", 3), 1u);
+  EXPECT_EQ(*tovimpl::platform::UTF16ToMultiByte(buffer, u"a世", 3), 1u);
   EXPECT_EQ(buffer[0], 'a');
   EXPECT_EQ(buffer[1], '#');
 }
 
-TEST(PlatformMultiByte, FailureSetsLastError) {
+TEST(PlatformMultiByte, MeasuringGivesTheCountWithoutTheNul) {
+  ScopedThreadLocale locale(kUtf8Locale);
+  const tovimpl::platform::Result<std::size_t> units =
+      tovimpl::platform::MultiByteToUTF16(nullptr, "\xC3\xA9\xF0\x9F\x8E\xAC", 0);
+  ASSERT_TRUE(units);
+  EXPECT_EQ(*units, 3u);
+  const tovimpl::platform::Result<std::size_t> bytes =
+      tovimpl::platform::UTF16ToMultiByte(nullptr, u"\u00E9\U0001F3AC", 0);
+  ASSERT_TRUE(bytes);
+  EXPECT_EQ(*bytes, 6u);
+}
+
+TEST(PlatformMultiByte, InvalidSequenceCarriesNoUnicodeTranslation) {
   ScopedThreadLocale locale(kUtf8Locale);
   tovimpl::platform::SetLastError(0);
-  EXPECT_EQ(tovimpl::platform::MultiByteToUTF16(nullptr, "\x80", 0),
-            tovimpl::platform::kMultiByteError);
-  EXPECT_EQ(tovimpl::platform::GetLastError(), tovimpl::platform::kErrorNoUnicodeTranslation);
+  const tovimpl::platform::Result<std::size_t> units =
+      tovimpl::platform::MultiByteToUTF16(nullptr, "\x80", 0);
+  EXPECT_FALSE(units);
+  EXPECT_EQ(units.Error(), 1113u);
+  EXPECT_EQ(tovimpl::platform::GetLastError(), 0u);  // the slot is left alone
+}
+
+TEST(PlatformMultiByte, UnrepresentableCharacterCarriesNoUnicodeTranslation) {
+  {
+    ScopedThreadLocale locale(kUtf8Locale);
+    const char16_t unpaired[] = {u'a', char16_t(0xD800), u'b', 0};
+    EXPECT_EQ(tovimpl::platform::UTF16ToMultiByte(nullptr, unpaired, 0).Error(),
+              tovimpl::platform::kErrorNoUnicodeTranslation);
+  }
+  {
+    ScopedThreadLocale locale("C");
+    char buffer[8] = {};
+    EXPECT_EQ(tovimpl::platform::UTF16ToMultiByte(buffer, u"a\u4E16", 8).Error(),
+              tovimpl::platform::kErrorNoUnicodeTranslation);
+  }
 }
 
 TEST(PlatformMultiByte, MaxLengthFollowsThreadLocale) {

@@ -1,5 +1,5 @@
 // The OS layer's shared rules: errno ⇒ Windows error codes, path spelling,
-// environment.
+// environment, and the slot the calls with results leave alone.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -9,10 +9,13 @@
 #include <string>
 
 #include "basalt/strings.h"
+#include "platform/cfile.h"
 #include "platform/error.h"
+#include "platform/fs.h"
 #include "platform/path.h"
 #include "platform/posix/posix_support.h"
 #include "platform/system.h"
+#include "platform/text.h"
 
 using namespace basalt::literals;
 namespace platform = tovimpl::platform;
@@ -89,12 +92,32 @@ TEST(OsLayerPaths, PathsFromTheSystemComeBackWithBackslashes) {
 TEST(OsLayerEnvironment, ReadsSetVariablesAndReportsMissingOnes) {
   ::setenv("TOV_OSLAYER_TEST", "wert\xC3\xA4", 1);
   const auto value = platform::GetEnvVar(u"TOV_OSLAYER_TEST"_u16);
-  ASSERT_TRUE(value.has_value());
+  ASSERT_TRUE(value);
   EXPECT_EQ(*value, u"wertä"_u16);
+  ::setenv("TOV_OSLAYER_TEST", "", 1);
+  const auto empty = platform::GetEnvVar(u"TOV_OSLAYER_TEST"_u16);
+  ASSERT_TRUE(empty);
+  EXPECT_TRUE(empty->empty());
   ::unsetenv("TOV_OSLAYER_TEST");
+  EXPECT_EQ(platform::GetEnvVar(u"TOV_OSLAYER_TEST"_u16).Error(), platform::kErrorEnvVarNotFound);
+}
+
+// The calls whose results carry their code do not write the slot, so a code
+// a caller left there survives their failures.
+TEST(OsLayerErrors, FailuresCarriedInResultsLeaveTheSlotAlone) {
+  ::unsetenv("TOV_OSLAYER_TEST");
+  const UTF16String missing = u"\\tmp\\tov-oslayer-no-such-folder\\x"_u16;
+  platform::SetLastError(platform::kErrorBusy);
+  EXPECT_EQ(platform::GetEnvVar(u"TOV_OSLAYER_TEST"_u16).Error(), 203u);
+  EXPECT_EQ(platform::OpenCFile(missing.c_str(), "rb").Error(), platform::kErrorPathNotFound);
+  EXPECT_EQ(platform::RemoveCFile(missing.c_str()).Error(), platform::kErrorPathNotFound);
+  EXPECT_EQ(platform::FormatSystemMessage(0xDEADBEEF, 0x400).Error(), 317u);
+  EXPECT_EQ(
+      platform::CopyFileContents(missing, missing + u"2"_u16, nullptr, nullptr, nullptr, false)
+          .Error(),
+      platform::kErrorPathNotFound);
+  EXPECT_EQ(platform::GetLastError(), platform::kErrorBusy);
   platform::SetLastError(0);
-  EXPECT_FALSE(platform::GetEnvVar(u"TOV_OSLAYER_TEST"_u16).has_value());
-  EXPECT_EQ(platform::GetLastError(), platform::kErrorEnvVarNotFound);
 }
 
 TEST(OsLayerSystem, TickCountIsMonotonicMilliseconds) {
