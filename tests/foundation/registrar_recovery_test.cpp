@@ -235,6 +235,28 @@ TEST_F(RegistrarRecovery, CatchingUpWithAListHoldingEverythingHeldHereDoesNotRew
   EXPECT_EQ(tovtest::ReadFile(ListPath()), written);
 }
 
+TEST_F(RegistrarRecovery, UnsavedPairOutlivesCatchingUpAndIsWrittenAtExit) {
+  Host();
+  const UTF16String before = Register(u"C:\\Before"_u16);
+  platform::SetWriteFaultForTesting(FailEveryWrite);
+  const UTF16String unsaved = Register(u"C:\\Unsaved"_u16);
+  platform::SetWriteFaultForTesting(nullptr);
+  PropList theirs = ListOnDisk();
+  theirs.CreateChild("C:\\Theirs").SetString("CacheFile", u"C:\\Cache\\theirs.vpc"_u16);
+  WriteList(theirs);
+  UTF16String found;
+  ASSERT_EQ(FolderRegistrar::FindFolder(u"C:\\Theirs"_u16, UTF16String(), found), 0u);
+  ASSERT_EQ(FolderRegistrar::FindFolder(u"C:\\Unsaved"_u16, UTF16String(), found), 0u);
+  EXPECT_EQ(found, unsaved);
+  EXPECT_EQ(ListOnDisk().Keys(), (std::vector<UTF8String>{"C:\\Before", "C:\\Theirs"}));
+  Restart();
+  const PropList list = ListOnDisk();
+  EXPECT_EQ(list.Keys(), (std::vector<UTF8String>{"C:\\Before", "C:\\Theirs", "C:\\Unsaved"}));
+  EXPECT_EQ(Recorded(list, "C:\\Before"), before);
+  EXPECT_EQ(Recorded(list, "C:\\Unsaved"), unsaved);
+  EXPECT_EQ(Recorded(list, "C:\\Theirs"), u"C:\\Cache\\theirs.vpc"_u16);
+}
+
 class OwnFileLosesToTheirs : public RegistrarRecovery {
  protected:
   // Registers "C:\Media" without saving it, lets `change` touch the cache
