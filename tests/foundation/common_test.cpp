@@ -3,6 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <regex>
+#include <string>
+
+#include "tovfoundation/version.h"
+
 namespace {
 
 TEST(CommonExceptions, WhatTexts) {
@@ -12,6 +18,28 @@ TEST(CommonExceptions, WhatTexts) {
   EXPECT_EQ(error.GetCode(), 0xC0080001u);
   const TOV::TOVException& root = error;
   EXPECT_STREQ(root.what(), "class TOV::TOVVRException");
+}
+
+// An implementation object of the library: destroyed through its base.
+class CountedImpl : public TOV::Impl {
+ public:
+  explicit CountedImpl(int& destroyed) : mDestroyed(destroyed) {}
+  ~CountedImpl() override { ++mDestroyed; }
+
+ private:
+  int& mDestroyed;
+};
+
+TEST(CommonImpl, DerivedObjectIsDestroyedThroughTheBase) {
+  int destroyed = 0;
+  std::unique_ptr<TOV::Impl> impl = std::make_unique<CountedImpl>(destroyed);
+  impl.reset();
+  EXPECT_EQ(destroyed, 1);
+}
+
+TEST(FoundationVersion, IsMajorMinorPatch) {
+  const std::string version = TOVFoundation::Version();
+  EXPECT_TRUE(std::regex_match(version, std::regex(R"(\d+\.\d+\.\d+)"))) << version;
 }
 
 TEST(CommonStatusCodes, ValuesMatchTable) {

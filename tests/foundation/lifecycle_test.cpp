@@ -193,4 +193,16 @@ TEST_F(HostFolders, FoundationTerminateOnlyReleasesTheHostService) {
   EXPECT_EQ(FolderRegistrar::Initialize(), 0u);
 }
 
+TEST_F(HostFolders, FoundationWithoutServicesManagerTouchesNoHostService) {
+  host.SetFolder(TOV::Paths::kCacheFolderEntry, u"C:\\Cache"_u16);
+  ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
+  host.ClearCalls();
+  // Without a services manager the held service is neither released nor
+  // replaced, and the folder queries still answer.
+  EXPECT_EQ(TOVFoundation::Initialize(nullptr), 0u);
+  TOVFoundation::Terminate(nullptr);
+  EXPECT_TRUE(host.Calls().empty());
+  EXPECT_EQ(TOV::Paths::CacheFolder(), u"C:\\Cache"_u16);
+}
+
 }  // namespace

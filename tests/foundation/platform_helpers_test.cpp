@@ -84,6 +84,15 @@ TEST(TOVLoadLibrary, MissingModuleGivesNull) {
   EXPECT_EQ(Halyard::TOVLoadLibrary(nullptr, nullptr, 0), nullptr);
 }
 
+TEST(TOVLoadLibrary, NullNameLoadsNothingInEitherSpelling) {
+  tovimpl::platform::SetLastError(0);
+  EXPECT_EQ(Halyard::TOVLoadLibrary(nullptr, nullptr, 1), nullptr);
+  EXPECT_EQ(Halyard::TOVLoadLibraryW(nullptr, nullptr, 0), nullptr);
+  EXPECT_EQ(Halyard::TOVLoadLibraryW(nullptr, nullptr, 1), nullptr);
+  // Nothing was asked of the system, so no error was recorded.
+  EXPECT_EQ(tovimpl::platform::GetLastError(), 0u);
+}
+
 TEST(TOVLoadLibrary, DataLoadOfNonModuleFails) {
   tovtest::TempTree temp;
   tovtest::WriteFile(temp.NativeOf("text.so"), std::string(200, 'x'));

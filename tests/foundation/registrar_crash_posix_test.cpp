@@ -160,29 +160,6 @@ TEST_F(RegistrarCrash, FileSizeLimitFailsTheSaveAndKeepsThePreviousList) {
   }
 }
 
-// --- leftovers of killed saves -----------------------------------------------------------
-
-TEST_F(RegistrarCrash, SavesOfDeadProcessesAreRemovedAtFirstUseEvenWithAList) {
-  basalt::proplist::utils::SavePropList(tovtest::Lib(cache.NativeOf("MasterFolderList.xml")),
-                                        PropList());
-  // A process that has ended, and one that runs (this test's parent).
-  const tovtest::ChildHandle ended = tovtest::StartChild("ChildProcess.NoSuchTest", {});
-  ASSERT_GT(ended, 0);
-  tovtest::WaitChild(ended);
-  const std::string dead = "MasterFolderList.xml." + std::to_string(ended) + "-4.tmp";
-  const std::string live = "MasterFolderList.xml." + std::to_string(::getppid()) + "-1.tmp";
-  tovtest::WriteFile(cache.NativeOf(dead), "<plist");
-  tovtest::WriteFile(cache.NativeOf(live), "<plist");
-  tovtest::WriteFile(cache.NativeOf("other.tmp"), "x");
-  host.SetFolder(TOV::Paths::kCacheFolderEntry, cache.Lib());
-  ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
-  UTF16String file;
-  FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), file);
-  EXPECT_FALSE(tovtest::Exists(cache.NativeOf(dead)));
-  EXPECT_TRUE(tovtest::Exists(cache.NativeOf(live)));
-  EXPECT_TRUE(tovtest::Exists(cache.NativeOf("other.tmp")));
-}
-
 // The control characters the registrar accepts (tab, line feed, carriage
 // return) are stored so that Python's plistlib reads them back exactly too.
 TEST_F(RegistrarCrash, AcceptedControlCharactersReadBackExactlyInPlistlib) {
