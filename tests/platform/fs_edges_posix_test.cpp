@@ -87,6 +87,24 @@ TEST(FsEdges, ReadOnlyHiddenAndFolderBitsCombine) {
   EXPECT_EQ(*platform::ReadAttributes(u"\\"_u16), platform::kFileAttributeDirectory);
 }
 
+TEST(FsEdges, RelativeNamesAreReadInTheCurrentDirectory) {
+  TempFolder temp;
+  WriteFile(temp.NativeOf(".rel"), "12345");
+  InFolder inside(temp.Native());
+  EXPECT_EQ(*platform::ReadAttributes(u".rel"_u16), platform::kFileAttributeHidden);
+  EXPECT_EQ(platform::ReadFileInfo(u".rel"_u16)->size, 5u);
+  EXPECT_EQ(platform::ReadAttributes(u"none"_u16).Error(), platform::kErrorFileNotFound);
+}
+
+TEST(FsEdges, WithoutABirthTimeCreationIsTheLastWrite) {
+  // The process file system records no birth times.
+  const auto info = platform::ReadFileInfo(u"\\proc\\self"_u16);
+  ASSERT_TRUE(info);
+  EXPECT_EQ(info->attributes & platform::kFileAttributeDirectory,
+            platform::kFileAttributeDirectory);
+  EXPECT_EQ(info->creationTime, info->lastWriteTime);
+}
+
 TEST(FsEdges, ADanglingLinkIsStillAnEntry) {
   TempFolder temp;
   ASSERT_EQ(::symlink(temp.NativeOf("nowhere").c_str(), temp.NativeOf("link").c_str()), 0);
@@ -199,6 +217,12 @@ TEST(FsEdges, ListingTellsFoldersLinksSpecialFilesAndHiddenNames) {
   };
   EXPECT_EQ(ListAll(temp.Lib("*")), expected);
   EXPECT_EQ(ListAll(temp.Lib("*.*")), expected);
+  EXPECT_EQ(ListAll(temp.Lib("plain")), std::vector<std::string>{"plain:" + normal});
+  EXPECT_EQ(ListAll(temp.Lib("f")), std::vector<std::string>{"<2>"});
+  EXPECT_EQ(ListAll(temp.Lib("d*.*")),
+            (std::vector<std::string>{"dangling:" + normal, "dir:" + dir, "dirlink:" + dir}));
+  EXPECT_EQ(ListAll(temp.Lib("*f*")), std::vector<std::string>{"fifo:" + normal});
+  EXPECT_EQ(ListAll(temp.Lib("*.h")), std::vector<std::string>{"<2>"});
   // A folder part with forward slashes and a trailing separator of its own.
   EXPECT_EQ(ListAll(tovtest::LibraryPath(temp.Native()) + u"/p?ain"_u16),
             std::vector<std::string>{"plain:" + normal});
@@ -356,6 +380,21 @@ TEST(FsEdges, TempFileTakesThreeUnitsOfThePrefixAndKeepsTheFoldersSeparator) {
     EXPECT_EQ(made->substr(0, folder.size() + 3), folder + u"pre"_u16);
     EXPECT_TRUE(Exists(temp.NativeOf(U8(made->substr(folder.size())))));
   }
+}
+
+TEST(FsEdges, TempFileWhenEveryNumberIsTakenSaysFileExists) {
+  TempFolder temp;
+  static const char kHex[] = "0123456789ABCDEF";
+  for (unsigned number = 1; number <= 0xFFFF; ++number) {
+    std::string hex;
+    for (unsigned v = number; v != 0; v >>= 4) hex.insert(hex.begin(), kHex[v & 0xF]);
+    const int fd = ::open(temp.NativeOf("t" + hex + ".tmp").c_str(), O_CREAT | O_WRONLY, 0600);
+    ASSERT_GE(fd, 0);
+    ::close(fd);
+  }
+  EXPECT_EQ(platform::CreateTempFile(temp.Lib(), u"t"_u16).Error(), platform::kErrorFileExists);
+  // Number 0 is never used.
+  EXPECT_FALSE(Exists(temp.NativeOf("t0.tmp")));
 }
 
 TEST(FsEdges, TempFileInAFolderAtTheLengthLimitFails) {
@@ -561,6 +600,15 @@ TEST(FsEdges, MoveAcrossFileSystemsCopiesFilesButNotFolders) {
             platform::kErrorAlreadyExists);
   EXPECT_EQ(ReadFileBytes(there->NativeOf("moved")), "contents");
   EXPECT_EQ(ReadFileBytes(here.NativeOf("again")), "again");
+  // A copy that fails leaves the source where it was.
+  WriteFile(here.NativeOf("kept"), "kept");
+  platform::SetWriteFaultForTesting(
+      [](platform::FileHandle, std::uint32_t) { return platform::kErrorDiskFull; });
+  const platform::Status full = platform::MoveNoReplace(here.Lib("kept"), there->Lib("kept"));
+  platform::SetWriteFaultForTesting(nullptr);
+  EXPECT_EQ(full.Error(), platform::kErrorDiskFull);
+  EXPECT_EQ(ReadFileBytes(here.NativeOf("kept")), "kept");
+  EXPECT_FALSE(Exists(there->NativeOf("kept")));
   // Folders do not move across.
   platform_test::MakeFolder(here.NativeOf("dir"));
   EXPECT_EQ(platform::MoveNoReplace(here.Lib("dir"), there->Lib("dir")).Error(),
@@ -622,6 +670,27 @@ TEST(FsEdges, TrashThatCannotBeMadeFailsAndLeavesTheItem) {
   EXPECT_TRUE(Exists(temp.NativeOf("item")));
 }
 
+TEST(FsEdges, TheFolderHoldingTheTrashCannotGoIntoIt) {
+  TempFolder temp;
+  ScopedEnv xdg("XDG_DATA_HOME", temp.NativeOf("outer/data").c_str());
+  platform_test::MakeFolder(temp.NativeOf("outer/data"));
+  EXPECT_EQ(platform::MoveToTrash(temp.Lib("outer")).Error(), platform::kErrorInvalidParameter);
+  EXPECT_TRUE(Exists(temp.NativeOf("outer/data/Trash/files")));
+  // No record is left for an item that did not move.
+  EXPECT_FALSE(Exists(temp.NativeOf("outer/data/Trash/info/outer.trashinfo")));
+}
+
+TEST(FsEdges, TrashTakesARelativeName) {
+  TempFolder temp;
+  ScopedEnv xdg("XDG_DATA_HOME", temp.NativeOf("data").c_str());
+  WriteFile(temp.NativeOf("item"), "i");
+  InFolder inside(temp.Native());
+  ASSERT_TRUE(platform::MoveToTrash(u"item"_u16));
+  EXPECT_EQ(ReadFileBytes(temp.NativeOf("data/Trash/files/item")), "i");
+  const std::string record = ReadFileBytes(temp.NativeOf("data/Trash/info/item.trashinfo"));
+  EXPECT_NE(record.find("\nPath=" + temp.Native() + "/item\n"), std::string::npos) << record;
+}
+
 TEST(FsEdges, TrashRecordNameTooLongFailsAndLeavesTheItem) {
   TempFolder temp;
   ScopedEnv xdg("XDG_DATA_HOME", temp.NativeOf("data").c_str());
@@ -642,7 +711,9 @@ TEST(FsEdges, TrashOnAnotherFileSystemIsThatMountsOwn) {
     ScopedEnv tmpdir("TMPDIR", "/dev/shm");
     there = std::make_unique<TempFolder>();
   }
-  ScopedEnv xdg("XDG_DATA_HOME", data.NativeOf("not/yet").c_str());
+  // No data home at all: the mount's own trash.
+  ScopedEnv noXdg("XDG_DATA_HOME", nullptr);
+  ScopedEnv home("HOME", "relative/home");
   const std::string relative = there->Native().substr(std::string("/dev/shm/").size());
 
   // Something else than a folder of this user in its place is not trusted.
@@ -653,15 +724,33 @@ TEST(FsEdges, TrashOnAnotherFileSystemIsThatMountsOwn) {
   WriteFile(top, "");
   EXPECT_EQ(platform::MoveToTrash(there->Lib("item")).Error(), platform::kErrorAccessDenied);
   ASSERT_EQ(::unlink(top.c_str()), 0);
+  if (::geteuid() == 0) {
+    // A folder of another user.
+    ASSERT_EQ(::mkdir(top.c_str(), 0700), 0);
+    ASSERT_EQ(::chown(top.c_str(), 4242, 4242), 0);
+    EXPECT_EQ(platform::MoveToTrash(there->Lib("item")).Error(), platform::kErrorAccessDenied);
+    ASSERT_EQ(::rmdir(top.c_str()), 0);
+  }
 
   ASSERT_TRUE(platform::MoveToTrash(there->Lib("item")));
   EXPECT_EQ(ReadFileBytes(top + "/files/item"), "x");
   const std::string record = ReadFileBytes(top + "/info/item.trashinfo");
   // The path is recorded relative to the mount.
   EXPECT_NE(record.find("\nPath=" + relative + "/item\n"), std::string::npos) << record;
-  EXPECT_FALSE(Exists(data.NativeOf("not")));
+  {
+    // A data home on another file system, none of whose folders exist yet
+    // below the root.
+    const std::string missing = "/tov-missing-" + std::to_string(::getpid());
+    ScopedEnv xdg("XDG_DATA_HOME", (missing + "/data//").c_str());
+    WriteFile(there->NativeOf("second"), "y");
+    ASSERT_TRUE(platform::MoveToTrash(there->Lib("second")));
+    EXPECT_EQ(ReadFileBytes(top + "/files/second"), "y");
+    EXPECT_FALSE(Exists(missing));
+  }
   ::unlink((top + "/files/item").c_str());
+  ::unlink((top + "/files/second").c_str());
   ::unlink((top + "/info/item.trashinfo").c_str());
+  ::unlink((top + "/info/second.trashinfo").c_str());
   ::rmdir((top + "/files").c_str());
   ::rmdir((top + "/info").c_str());
   ::rmdir(top.c_str());
