@@ -3,6 +3,7 @@
 // system can address, names too long for it, and handles that are not open.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -11,6 +12,7 @@
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <thread>
 
 #include "platform/error.h"
 #include "platform/file.h"
@@ -92,6 +94,44 @@ TEST(FileEdges, AFifoOpensWithSizeZeroButCannotBeTruncated) {
                  platform::kCreateAlways)
                 .Error(),
             platform::kErrorInvalidParameter);
+}
+
+// Opens the FIFO for writing, which waits for a reader, while another thread
+// first interrupts the wait with a signal and then opens the reading end.
+platform::Result<platform::OpenedFile> OpenWhileInterrupted(const TempFolder& temp,
+                                                            std::uint32_t disposition) {
+  const pthread_t opener = ::pthread_self();
+  int reader = -1;
+  std::thread helper([&] {
+    ::usleep(100000);
+    ::pthread_kill(opener, SIGUSR1);
+    ::usleep(100000);
+    reader = ::open(temp.NativeOf("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  });
+  auto opened = Open(temp.Lib("fifo"), platform::kGenericWrite, disposition);
+  helper.join();
+  if (reader >= 0) ::close(reader);
+  return opened;
+}
+
+TEST(FileEdges, AnOpenInterruptedByASignalIsRetried) {
+  TempFolder temp;
+  ASSERT_EQ(::mkfifo(temp.NativeOf("fifo").c_str(), 0600), 0);
+  // A handler without SA_RESTART: the waiting open returns EINTR.
+  struct sigaction quiet {
+  }, previous{};
+  quiet.sa_handler = [](int) {};
+  sigemptyset(&quiet.sa_mask);
+  ASSERT_EQ(::sigaction(SIGUSR1, &quiet, &previous), 0);
+  for (std::uint32_t disposition : {platform::kOpenExisting, platform::kOpenAlways}) {
+    SCOPED_TRACE(disposition);
+    const auto opened = OpenWhileInterrupted(temp, disposition);
+    ASSERT_TRUE(opened);
+    EXPECT_TRUE(opened->existed);
+    EXPECT_EQ(opened->size, 0u);
+    EXPECT_TRUE(platform::CloseFile(opened->handle));
+  }
+  ::sigaction(SIGUSR1, &previous, nullptr);
 }
 
 TEST(FileEdges, APipeCannotBeSyncedAndThatIsNoFailure) {

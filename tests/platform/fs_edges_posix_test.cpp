@@ -270,6 +270,7 @@ TEST(FsEdges, PatternMatcherFollowsTheFileSystemsRules) {
       {u"a*.*", u"bbc", false},
       {u"x.", u"x", true},
       {u"x.", u"x.y", false},
+      {u"y.", u"x", false},
       {u"*.", u"y.z", false},
       {u"?", u"", false},
       {u"a?c", u"abc", true},
@@ -294,6 +295,8 @@ TEST(FsEdges, PatternMatcherFollowsTheFileSystemsRules) {
       {u"\u0138", u"\u0139", false},
       {u"\u0178", u"\u00FF", false},  // outside the folded ranges
       {u"\u4E2D", u"\u4E2D", true},
+      {u"\u00B5", u"\u00B5", true},  // below the folded Latin-1 range
+      {u"\u00B5", u"\u03BC", false},
   };
   for (const auto& row : rows) {
     const UTF16String pattern = basalt::ToUTF16(row.pattern);

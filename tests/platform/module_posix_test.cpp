@@ -374,6 +374,85 @@ TEST(ModuleLoad, ACallbackThatSaysStopEndsTheEnumeration) {
   EXPECT_TRUE(platform::UnloadModule(*module));
 }
 
+// The plug-in with its section table rewritten at the end of the file: the
+// old sections plus `extra`, whose bytes are appended, then `tweak` applied
+// to the header. The loader reads none of this.
+std::string PluginWithSections(const std::vector<Section>& extra,
+                               const std::function<void(Elf64_Ehdr&)>& tweak = {}) {
+  std::string image = platform_test::ReadFileBytes(TOV_TEST_PLUGIN);
+  Elf64_Ehdr header{};
+  std::memcpy(&header, image.data(), sizeof header);
+  std::vector<Elf64_Shdr> sections(header.e_shnum);
+  std::memcpy(sections.data(), image.data() + header.e_shoff, sections.size() * sizeof(Elf64_Shdr));
+  const Elf64_Shdr& oldNames = sections[header.e_shstrndx];
+  std::string names = image.substr(oldNames.sh_offset, oldNames.sh_size);
+  for (const Section& section : extra) {
+    Elf64_Shdr added{};
+    added.sh_name = static_cast<Elf64_Word>(names.size());
+    added.sh_type = section.type;
+    added.sh_offset = image.size();
+    added.sh_size = section.bytes.size();
+    names += section.name;
+    names.push_back('\0');
+    image += section.bytes;
+    sections.push_back(added);
+  }
+  sections[header.e_shstrndx].sh_offset = image.size();
+  sections[header.e_shstrndx].sh_size = names.size();
+  image += names;
+  while (image.size() % 8 != 0) image.push_back('\0');
+  header.e_shoff = image.size();
+  header.e_shnum = static_cast<Elf64_Half>(sections.size());
+  if (tweak) tweak(header);
+  std::memcpy(image.data(), &header, sizeof header);
+  image.append(reinterpret_cast<const char*>(sections.data()),
+               sections.size() * sizeof(Elf64_Shdr));
+  return image;
+}
+
+// Loads `image` as a module from a file of its own; null when it cannot be.
+class LoadedImage {
+ public:
+  explicit LoadedImage(const std::string& image) {
+    platform_test::WriteFileBytes(mTemp.NativeOf("m.so"), image);
+    mModule = platform::LoadModule(mTemp.Lib("m.so"), 0).ValueOr(nullptr);
+  }
+  ~LoadedImage() {
+    if (mModule != nullptr) (void)platform::UnloadModule(mModule);
+  }
+  platform::ModuleHandle Module() const { return mModule; }
+  std::string Resource(std::uint32_t id, const char* type) const {
+    const auto found = platform::FindModuleResource(mModule, platform::MakeIntResource(id), type);
+    if (!found) return "<" + std::to_string(found.Error()) + ">";
+    return std::string(static_cast<const char*>(platform::LockResource(*found)),
+                       platform::SizeofResource(mModule, *found));
+  }
+
+ private:
+  TempFolder mTemp;
+  platform::ModuleHandle mModule = nullptr;
+};
+
+TEST(ModuleLoad, SectionsOfALoadedModuleAreReadFromItsFile) {
+  const LoadedImage module(PluginWithSections({{"ADDD", "added"}, {"EMPT", ""}}));
+  ASSERT_NE(module.Module(), nullptr);
+  EXPECT_EQ(module.Resource(1, "ADDD"), "added");
+  EXPECT_EQ(module.Resource(1, "EMPT"), "");
+  EXPECT_EQ(module.Resource(1, "ABCD"), "abcd");
+}
+
+TEST(ModuleLoad, ALoadedModuleWithADamagedSectionTableHasNoResources) {
+  const LoadedImage pastTheEnd(
+      PluginWithSections({}, [](Elf64_Ehdr& header) { header.e_shoff += 1u << 20; }));
+  ASSERT_NE(pastTheEnd.Module(), nullptr);
+  EXPECT_EQ(pastTheEnd.Resource(1, "ABCD"), "<1813>");
+  // The table starts inside the file and runs past its end.
+  const LoadedImage cutShort(
+      PluginWithSections({}, [](Elf64_Ehdr& header) { header.e_shoff += 2 * 64; }));
+  ASSERT_NE(cutShort.Module(), nullptr);
+  EXPECT_EQ(cutShort.Resource(1, "ABCD"), "<1813>");
+}
+
 TEST(ModuleLoad, AModuleWhoseFileIsGoneHasNoResources) {
   TempFolder temp;
   const std::string copy = temp.NativeOf("gone.so");
