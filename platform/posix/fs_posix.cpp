@@ -219,9 +219,9 @@ Result<ListingHandle> OpenListing(const UTF16String& pattern, ListingEntry* data
     state->pattern = pattern.substr(split + 1);
   }
   if (state->pattern.empty()) return Status::Failure(kErrorFileNotFound);
+  // A folder part ends in its separator, which the native spelling keeps as '/'.
   std::string nativeFolder = folderPart.empty() ? std::string("./") : NativePath(folderPart);
   if (nativeFolder.empty()) nativeFolder = "./";
-  if (nativeFolder.back() != '/') nativeFolder.push_back('/');
   state->folder = nativeFolder;
   state->matchAll = state->pattern.size() == 1 && state->pattern[0] == '*';
   if (state->pattern.size() == 3 && state->pattern[0] == '*' && state->pattern[1] == '.' &&
@@ -554,8 +554,8 @@ Status MoveToTrash(const UTF16String& path) {
     trash = (top == "/" ? std::string() : top) + "/.Trash-" + std::to_string(::getuid());
     recordedPath = absolute.substr(top == "/" ? 1 : top.size() + 1);
     struct stat tst {};
-    if (::lstat(trash.c_str(), &tst) == 0 &&
-        (!S_ISDIR(tst.st_mode) || tst.st_uid != ::getuid() || S_ISLNK(tst.st_mode))) {
+    // lstat: a link in its place is no folder, and is refused with the rest.
+    if (::lstat(trash.c_str(), &tst) == 0 && (!S_ISDIR(tst.st_mode) || tst.st_uid != ::getuid())) {
       return fail(kErrorAccessDenied);  // not a trash this user may trust
     }
   }

@@ -2,11 +2,16 @@
 // environment names.
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <time.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
+#include "basalt/utf.h"
+#include "common/child_process.h"
 #include "common/environment.h"
+#include "common/temp_tree.h"
 #include "platform/clock.h"
 
 namespace platform = tovimpl::platform;
@@ -22,6 +27,136 @@ TEST(ClockLayer, TimeOfDayTextIsHoursMinutesSecondsInTheCLocale) {
   ASSERT_EQ(text->size(), 8u);  // "hh:mm:ss", no NUL
   EXPECT_EQ((*text)[2], u':');
   EXPECT_EQ((*text)[5], u':');
+}
+
+// The text strftime gives now for "%X" in the C locale, in UTC.
+std::string UtcTimeOfDay() {
+  const time_t now = ::time(nullptr);
+  struct tm fields {};
+  ::gmtime_r(&now, &fields);
+  char bytes[32];
+  return std::string(bytes, ::strftime(bytes, sizeof bytes, "%X", &fields));
+}
+
+TEST(ClockLayer, TimeOfDayFollowsTheTimeZoneTheEnvironmentNames) {
+  const ScopedEnv lcAll("LC_ALL", "C");
+  const ScopedEnv tz("TZ", "UTC0");
+  // Two tries, in case the second changes between the two readings.
+  for (int attempt = 0;; ++attempt) {
+    const std::string before = UtcTimeOfDay();
+    const platform::Result<UTF16String> text = platform::LocalTimeOfDayText();
+    ASSERT_TRUE(text);
+    if (basalt::UTF16to8(*text) == before || attempt == 1) {
+      EXPECT_EQ(basalt::UTF16to8(*text), before);
+      break;
+    }
+  }
+}
+
+TEST(ClockLayer, AUtf8LocaleGivesTheSameDigits) {
+  const ScopedEnv lcAll("LC_ALL", "C.UTF-8");
+  const platform::Result<UTF16String> text = platform::LocalTimeOfDayText();
+  ASSERT_TRUE(text);
+  ASSERT_EQ(text->size(), 8u);
+  EXPECT_EQ((*text)[2], u':');
+}
+
+TEST(ClockLayer, ALocaleThatIsNotInstalledFallsBackToC) {
+  const ScopedEnv lcAll("LC_ALL", "xx_NOWHERE.bogus-charset");
+  const platform::Result<UTF16String> text = platform::LocalTimeOfDayText();
+  ASSERT_TRUE(text);
+  ASSERT_EQ(text->size(), 8u);  // "hh:mm:ss", as in the C locale
+  EXPECT_EQ((*text)[5], u':');
+}
+
+// A locale whose time of day is "ä" + hh:mm:ss + U+10000, in the GB18030
+// character set, made with localedef in a folder of its own (LOCPATH).
+class ForeignCharsetLocale : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string output;
+    if (tovtest::RunCommand("command -v localedef", output) != 0) {
+      GTEST_SKIP() << "localedef is not installed";
+    }
+    const std::string source = mFolder.NativeOf("definition");
+    FILE* file = ::fopen(source.c_str(), "w");
+    ASSERT_NE(file, nullptr);
+    ::fputs(
+        "LC_CTYPE\ncopy \"POSIX\"\nEND LC_CTYPE\n"
+        "LC_TIME\n"
+        "abday \"Sun\";\"Mon\";\"Tue\";\"Wed\";\"Thu\";\"Fri\";\"Sat\"\n"
+        "day \"Sunday\";\"Monday\";\"Tuesday\";\"Wednesday\";\"Thursday\";\"Friday\";"
+        "\"Saturday\"\n"
+        "abmon \"Jan\";\"Feb\";\"Mar\";\"Apr\";\"May\";\"Jun\";\"Jul\";\"Aug\";\"Sep\";"
+        "\"Oct\";\"Nov\";\"Dec\"\n"
+        "mon \"January\";\"February\";\"March\";\"April\";\"May\";\"June\";\"July\";"
+        "\"August\";\"September\";\"October\";\"November\";\"December\"\n"
+        "am_pm \"AM\";\"PM\"\n"
+        "d_t_fmt \"%a %b %e %H:%M:%S %Y\"\n"
+        "d_fmt \"%m/%d/%y\"\n"
+        "t_fmt \"<U00E4>%H:%M:%S<U00010000>\"\n"
+        "t_fmt_ampm \"%I:%M:%S %p\"\n"
+        "END LC_TIME\n",
+        file);
+    ::fclose(file);
+    // localedef warns about the categories left out and still writes the locale.
+    tovtest::RunCommand(
+        "localedef -c -i '" + source + "' -f GB18030 '" + mFolder.NativeOf("xx_XX") + "' 2>&1",
+        output);
+    if (!FileExists(mFolder.NativeOf("xx_XX/LC_TIME"))) {
+      GTEST_SKIP() << "localedef made no locale: " << output;
+    }
+  }
+  static bool FileExists(const std::string& path) {
+    FILE* file = ::fopen(path.c_str(), "r");
+    if (file != nullptr) ::fclose(file);
+    return file != nullptr;
+  }
+  // The text, read twice around the call when the second changes meanwhile.
+  template <typename Expected>
+  void ExpectText(Expected expected) {
+    for (int attempt = 0;; ++attempt) {
+      const std::string time = UtcTimeOfDay();
+      const platform::Result<UTF16String> text = platform::LocalTimeOfDayText();
+      ASSERT_TRUE(text);
+      if (*text == expected(time) || attempt == 1) {
+        EXPECT_EQ(basalt::UTF16to8(*text), basalt::UTF16to8(expected(time)));
+        return;
+      }
+    }
+  }
+  tovtest::TempTree mFolder{"tovlocale"};
+};
+
+// One test, as making the locale takes seconds.
+TEST_F(ForeignCharsetLocale, TextIsConvertedFromTheLocalesCharacterSet) {
+  const ScopedEnv locpath("LOCPATH", mFolder.Native().c_str());
+  const ScopedEnv tz("TZ", "UTC0");
+  {
+    const ScopedEnv lcAll("LC_ALL", "xx_XX");
+    ExpectText([](const std::string& time) {
+      UTF16String text(1, 0xE4);
+      text += basalt::UTF8to16(time);
+      text.push_back(0xD800);  // U+10000 as a surrogate pair
+      text.push_back(0xDC00);
+      return text;
+    });
+  }
+  {
+    // Read with the character set of the C locale, bytes that do not convert
+    // stand for the code point of their own value: "ä" is 81 30 8A 31 and
+    // U+10000 is 90 30 81 30 in GB18030.
+    const ScopedEnv lcAll("LC_ALL", nullptr);
+    const ScopedEnv lang("LANG", nullptr);
+    const ScopedEnv lcCtype("LC_CTYPE", "C");
+    const ScopedEnv lcTime("LC_TIME", "xx_XX");
+    ExpectText([](const std::string& time) {
+      UTF16String text = {0x81, '0', 0x8A, '1'};
+      text += basalt::UTF8to16(time);
+      text += UTF16String{0x90, '0', 0x81, '0'};
+      return text;
+    });
+  }
 }
 
 TEST(ClockLayer, UtcNowHasCalendarFields) {

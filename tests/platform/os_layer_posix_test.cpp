@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <string>
 
 #include "basalt/strings.h"
@@ -52,6 +53,45 @@ TEST(OsLayerErrors, TableRows) {
     SCOPED_TRACE(row.error);
     EXPECT_EQ(platform::posix::MapErrno(row.error), row.expected);
   }
+}
+
+TEST(OsLayerErrors, EveryOtherRowOfTheTable) {
+  struct Row {
+    int error;
+    std::uint32_t expected;
+  } rows[] = {
+      {EROFS, 5},    {EDQUOT, 112},    {EFBIG, 223},      {EBUSY, 170},  {ETXTBSY, 170},
+      {EMFILE, 4},   {ENFILE, 4},      {EPIPE, 109},      {ELOOP, 1921}, {EMLINK, 1142},
+      {ENOSYS, 50},  {EOPNOTSUPP, 50}, {ETIMEDOUT, 1460}, {EIO, 31},     {ESPIPE, 31},
+      {EEXIST, 183}, {ENOENT, 2},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.error);
+    EXPECT_EQ(platform::posix::MapErrno(row.error), row.expected);
+  }
+}
+
+TEST(OsLayerErrors, EnoentLooksAtTheParentAsTheSystemWouldFindIt) {
+  char folder[] = "/tmp/tov-oslayer-XXXXXX";
+  ASSERT_NE(::mkdtemp(folder), nullptr);
+  const std::string base = folder;
+  const std::string file = base + "/file";
+  FILE* made = ::fopen(file.c_str(), "w");
+  ASSERT_NE(made, nullptr);
+  ::fclose(made);
+  const auto map = [](const std::string& path) {
+    return platform::posix::MapErrno(ENOENT, platform::ExistsAs::kAlreadyExists, path);
+  };
+  // Trailing separators belong to the name, not to its parent.
+  EXPECT_EQ(map(base + "/missing///"), platform::kErrorFileNotFound);
+  // A parent that is a file is no folder.
+  EXPECT_EQ(map(file + "/missing"), platform::kErrorPathNotFound);
+  // Directly below the root, and names without any separator (the current folder).
+  EXPECT_EQ(map("/tov-missing-name"), platform::kErrorFileNotFound);
+  EXPECT_EQ(map("missing-here"), platform::kErrorFileNotFound);
+  EXPECT_EQ(map("///"), platform::kErrorFileNotFound);
+  ::unlink(file.c_str());
+  ::rmdir(folder);
 }
 
 TEST(OsLayerErrors, AFailureNeverMapsToZero) {
