@@ -117,12 +117,12 @@ void TOVFreeResource(HINSTANCE /*module*/, void* resource, void* /*data*/) {
 
 std::uint32_t VGenerateGUID(_VGUID* guid) {
   if (guid == nullptr) return TOV::kErrInvalidPointer;
-  platform::Guid made{};
-  if (platform::CoCreateGuid(&made) != platform::kSOk) return TOV::kErrCreateFailed;
-  guid->Data1 = made.Data1;
-  guid->Data2 = made.Data2;
-  guid->Data3 = made.Data3;
-  std::memcpy(guid->Data4, made.Data4, sizeof guid->Data4);
+  const platform::Result<platform::Guid> made = platform::NewGuid();
+  if (!made) return TOV::kErrCreateFailed;
+  guid->Data1 = made->Data1;
+  guid->Data2 = made->Data2;
+  guid->Data3 = made->Data3;
+  std::memcpy(guid->Data4, made->Data4, sizeof guid->Data4);
   return 0;
 }
 

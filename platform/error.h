@@ -1,11 +1,12 @@
 // OS layer: error codes.
 //
-// Windows error codes are the library's one error vocabulary. Calls that
-// return a Status or a Result (platform/result.h) carry their code with them.
-// The other calls report failure the Windows way: they return a failure value
-// (false, an invalid handle, …) and leave the code in the calling thread's
-// last-error slot, which is also where public interfaces written against the
-// Windows calls (the file ports) leave theirs. The POSIX backend maps errno
+// Windows error codes are the library's one error vocabulary. The OS layer's
+// calls return a Status or a Result (platform/result.h), which carry their
+// code with them; only LoadResource, which the public resource wrapper
+// mirrors, still leaves its code in the calling thread's last-error slot.
+// The slot is where public interfaces written against the Windows calls (the
+// file ports, the copy and move functions) leave theirs: portable code sets
+// it from a Result's code where the public contract says so. The POSIX backend maps errno
 // through one table (MapErrno); the Win32 backend reads and writes the
 // system's own slot. A failure never leaves 0 there: several algorithms of the
 // library treat "last error 0" as success.

@@ -88,9 +88,5 @@ std::uint32_t MapErrno(int error, ExistsAs exists, const std::string& nativePath
   }
 }
 
-void SetLastErrorFromErrno(int error, ExistsAs exists, const std::string& nativePath) {
-  SetLastError(MapErrno(error, exists, nativePath));
-}
-
 }  // namespace posix
 }  // namespace tovimpl::platform

@@ -21,8 +21,4 @@ UTF16String LibraryPath(const std::string& nativePath);
 std::uint32_t MapErrno(int error, ExistsAs exists = ExistsAs::kAlreadyExists,
                        const std::string& nativePath = std::string());
 
-// Maps errno as above and stores the result as the thread's last error.
-void SetLastErrorFromErrno(int error, ExistsAs exists = ExistsAs::kAlreadyExists,
-                           const std::string& nativePath = std::string());
-
 }  // namespace tovimpl::platform::posix
