@@ -27,10 +27,6 @@ using tovtest::U8;
 
 namespace {
 
-std::string NativeOf(const UTF16String& lib) { return U8(PU::ToPlatformPath(lib)); }
-
-std::uintmax_t SizeOf(const UTF16String& lib) { return std::filesystem::file_size(NativeOf(lib)); }
-
 struct ProgressLog {
   std::vector<std::pair<std::uint64_t, std::uint32_t>> calls;  // bytes so far, reason
   std::uint32_t answer = PU::kProgressContinue;
@@ -91,7 +87,7 @@ TEST(AutoFileName, TwoProcessesGetDistinctNames) {
     std::string line;
     while (std::getline(in, line)) {
       all.insert(line);
-      EXPECT_EQ(std::filesystem::file_size(NativeOf(U16(line))), 0u);
+      EXPECT_EQ(tovtest::PlatformFileSize(U16(line)), 0u);
     }
   }
   EXPECT_EQ(all.size(), 10u);
@@ -123,12 +119,12 @@ TEST(TempFileName, CreatesUnderscoreTOFileInTempFolder) {
   const UTF16String name = PU::TOVGetTempFileName();
   EXPECT_TRUE(std::regex_match(U8(name), std::regex(R"(.*\\_TO[0-9A-F]{1,4}\.tmp$)"))) << U8(name);
   EXPECT_EQ(name.substr(0, temp.Lib().size() + 1), temp.Lib() + u"\\"_u16);
-  EXPECT_EQ(SizeOf(name), 0u);
+  EXPECT_EQ(tovtest::PlatformFileSize(name), 0u);
   const UTF16String second = PU::TOVGetTempFileName();
   EXPECT_NE(second, name);
   const std::string narrow = Halyard::PathUtils::GetTemporaryFileName();
   EXPECT_TRUE(std::regex_match(narrow, std::regex(R"(.*\\_TO[0-9A-F]{1,4}\.tmp$)"))) << narrow;
-  EXPECT_TRUE(tovtest::Exists(NativeOf(U16(narrow))));
+  EXPECT_TRUE(tovtest::Exists(tovtest::PlatformPath(U16(narrow))));
 }
 
 TEST(PreferencesFolder, HomeDriveFollowedByHomePath) {
