@@ -46,6 +46,13 @@ std::uint32_t Progress(std::uint64_t total, std::uint64_t done, std::uint64_t st
   return log->calls.size() - 1 == log->answerAt ? log->answer : PU::kProgressContinue;
 }
 
+// Copies "big" (3 MiB) to "copy" in `temp` through Progress with `log`; what
+// the copy returned.
+unsigned char CopyBig(const TempTree& temp, ProgressLog& log) {
+  tovtest::WriteFile(temp.NativeOf("big"), std::string(3 * 1024 * 1024, 'x'));
+  return PU::TOVCopyFileEx(temp.Lib("big"), temp.Lib("copy"), Progress, &log);
+}
+
 TEST(AutoFileName, UncreatableFileThrowsUnableToCreateFile) {
   if (::geteuid() == 0) GTEST_SKIP() << "root writes into read-only folders";
   TempTree temp;
@@ -154,32 +161,23 @@ TEST(FileOperations, CopyExReportsProgressPerChunk) {
 
 TEST(FileOperations, CopyExCancelDeletesPartialTarget) {
   TempTree temp;
-  tovtest::WriteFile(temp.NativeOf("big"), std::string(3 * 1024 * 1024, 'x'));
-  ProgressLog log;
-  log.answer = PU::kProgressCancel;
-  log.answerAt = 1;
-  EXPECT_EQ(PU::TOVCopyFileEx(temp.Lib("big"), temp.Lib("copy"), Progress, &log), 0);
+  ProgressLog log{{}, PU::kProgressCancel, 1};
+  EXPECT_EQ(CopyBig(temp, log), 0);
   EXPECT_EQ(log.calls.size(), 2u);
   EXPECT_FALSE(tovtest::Exists(temp.NativeOf("copy")));
 }
 
 TEST(FileOperations, CopyExStopKeepsPartialTarget) {
   TempTree temp;
-  tovtest::WriteFile(temp.NativeOf("big"), std::string(3 * 1024 * 1024, 'x'));
-  ProgressLog log;
-  log.answer = PU::kProgressStop;
-  log.answerAt = 1;
-  EXPECT_EQ(PU::TOVCopyFileEx(temp.Lib("big"), temp.Lib("copy"), Progress, &log), 0);
+  ProgressLog log{{}, PU::kProgressStop, 1};
+  EXPECT_EQ(CopyBig(temp, log), 0);
   EXPECT_EQ(std::filesystem::file_size(temp.NativeOf("copy")), 1024u * 1024u);
 }
 
 TEST(FileOperations, CopyExQuietStopsTheCalls) {
   TempTree temp;
-  tovtest::WriteFile(temp.NativeOf("big"), std::string(3 * 1024 * 1024, 'x'));
-  ProgressLog log;
-  log.answer = PU::kProgressQuiet;
-  log.answerAt = 0;
-  EXPECT_EQ(PU::TOVCopyFileEx(temp.Lib("big"), temp.Lib("copy"), Progress, &log), 1);
+  ProgressLog log{{}, PU::kProgressQuiet, 0};
+  EXPECT_EQ(CopyBig(temp, log), 1);
   EXPECT_EQ(log.calls.size(), 1u);
   EXPECT_EQ(std::filesystem::file_size(temp.NativeOf("copy")), 3u * 1024u * 1024u);
 }

@@ -19,7 +19,6 @@ using namespace basalt::literals;
 namespace PU = Halyard::PathUtilities;
 using tovtest::ScopedEnv;
 using tovtest::TempTree;
-using tovtest::U16;
 using tovtest::U8;
 
 // --- automatic names -------------------------------------------------------------
