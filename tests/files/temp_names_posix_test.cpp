@@ -46,6 +46,14 @@ std::uint32_t Progress(std::uint64_t total, std::uint64_t done, std::uint64_t st
   return log->calls.size() - 1 == log->answerAt ? log->answer : PU::kProgressContinue;
 }
 
+// True when /dev/shm is a writable file system other than the one of `temp`.
+bool SecondFileSystem(const TempTree& temp) {
+  struct stat a {
+  }, b{};
+  return ::stat("/dev/shm", &b) == 0 && ::stat(temp.Native().c_str(), &a) == 0 &&
+         a.st_dev != b.st_dev && ::access("/dev/shm", W_OK) == 0;
+}
+
 // Copies "big" (3 MiB) to "copy" in `temp` through Progress with `log`; what
 // the copy returned.
 unsigned char CopyBig(const TempTree& temp, ProgressLog& log) {
@@ -184,12 +192,7 @@ TEST(FileOperations, CopyExQuietStopsTheCalls) {
 
 TEST(FileOperations, MoveAcrossFileSystemsCopiesFilesAndRefusesFolders) {
   TempTree temp;
-  struct stat a {
-  }, b{};
-  if (::stat("/dev/shm", &b) != 0 || ::stat(temp.Native().c_str(), &a) != 0 ||
-      a.st_dev == b.st_dev || ::access("/dev/shm", W_OK) != 0) {
-    GTEST_SKIP() << "no second writable file system";
-  }
+  if (!SecondFileSystem(temp)) GTEST_SKIP() << "no second writable file system";
   char pattern[] = "/dev/shm/tovfiles-XXXXXX";
   ASSERT_NE(::mkdtemp(pattern), nullptr);
   const std::string other = pattern;
@@ -256,12 +259,7 @@ TEST(Trash, HomeTrashFromHomeWhenDataHomeUnset) {
 
 TEST(Trash, OtherFileSystemUsesTopFolderTrash) {
   TempTree temp;
-  struct stat a {
-  }, b{};
-  if (::stat("/dev/shm", &b) != 0 || ::stat(temp.Native().c_str(), &a) != 0 ||
-      a.st_dev == b.st_dev || ::access("/dev/shm", W_OK) != 0) {
-    GTEST_SKIP() << "no second writable file system";
-  }
+  if (!SecondFileSystem(temp)) GTEST_SKIP() << "no second writable file system";
   const std::string topTrash = "/dev/shm/.Trash-" + std::to_string(::getuid());
   const bool hadTopTrash = tovtest::Exists(topTrash);
   char pattern[] = "/dev/shm/tovfiles-XXXXXX";
