@@ -14,29 +14,19 @@ namespace {
 
 namespace platform = tovimpl::platform;
 
-bool IsDotEntry(const UTF16String& name) {
-  return (name.size() == 1 && name[0] == '.') ||
-         (name.size() == 2 && name[0] == '.' && name[1] == '.');
-}
-
 // Runs `pattern` in `folder` for the list forms: enters the folder (ignoring a
 // failure), calls sink(name) for each file entry, restores the directory.
 template <class Sink>
 void SearchFiles(const UTF16String& folder, const UTF16String& pattern, Sink&& sink) {
   const platform::Result<UTF16String> saved = platform::CurrentDirectory();
   (void)platform::ChangeDirectory(folder);
-  platform::ListingEntry data{};
-  const platform::ListingHandle handle = platform::OpenListing(pattern, &data).ValueOr(nullptr);
-  if (handle != nullptr) {
-    do {
-      if (IsDotEntry(data.name)) continue;
-      if ((data.attributes & platform::kFileAttributeDirectory) != 0) continue;
-      if (data.name.empty()) continue;
+  tovimpl::files::ForEachListed(pattern, [&](const platform::ListingEntry& data) {
+    if ((data.attributes & platform::kFileAttributeDirectory) == 0 && !data.name.empty()) {
       sink(data.name);
-    } while (platform::NextListingEntry(handle, &data));
-  }
+    }
+    return true;
+  });
   if (saved) (void)platform::ChangeDirectory(*saved);
-  platform::CloseListing(handle);
 }
 
 // The packed form's worker. Names are library paths; see the header for the
@@ -46,30 +36,23 @@ std::uint32_t SearchTree(const UTF16String& folder, const UTF16String& pattern, 
   const platform::Result<UTF16String> saved = platform::CurrentDirectory();
   if (!platform::ChangeDirectory(folder)) return TOV::kErrPathNotFound;
   std::uint32_t status = 0;
-  platform::ListingEntry data{};
-  const platform::ListingHandle handle = platform::OpenListing(pattern, &data).ValueOr(nullptr);
-  if (handle != nullptr) {
-    do {
-      if (IsDotEntry(data.name)) continue;
-      if (flags == 0 && (data.attributes & platform::kFileAttributeDirectory) != 0) {
-        UTF16String sub = folder;
-        sub.push_back('\\');
-        sub += data.name;
-        status = SearchTree(sub, pattern, 0, names);
-        if (static_cast<std::int32_t>(status) < 0) {
-          platform::CloseListing(handle);
-          return status;
+  const bool finished =
+      tovimpl::files::ForEachListed(pattern, [&](const platform::ListingEntry& data) {
+        if (flags == 0 && (data.attributes & platform::kFileAttributeDirectory) != 0) {
+          UTF16String sub = folder;
+          sub.push_back('\\');
+          sub += data.name;
+          status = SearchTree(sub, pattern, 0, names);
+          return static_cast<std::int32_t>(status) >= 0;
         }
-      } else {
         UTF16String entry = folder;
         if (entry.empty() || entry.back() != '\\') entry.push_back('\\');
         entry += data.name;
         names.push_back(std::move(entry));
-      }
-    } while (platform::NextListingEntry(handle, &data));
-  }
+        return true;
+      });
+  if (!finished) return status;  // interrupted: the directory stays changed
   if (saved) (void)platform::ChangeDirectory(*saved);
-  platform::CloseListing(handle);
   return status;
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "basalt/strings.h"
+#include "platform/fs.h"
 #include "tovfoundation/files.h"
 
 namespace tovimpl::files {
@@ -24,5 +25,30 @@ bool PathIsDirectory(const UTF16String& path);
 // Creates a new empty file, exclusively, with write access and sharing for
 // reading; true when made.
 bool CreateNewEmptyFile(const UTF16String& path);
+
+// Lists `pattern` (platform::OpenListing), calling visit(entry) for each entry
+// in file-system order, "." and ".." skipped, until visit returns false; then
+// closes the listing. False when the visit stopped it; nothing happens when
+// the pattern cannot be listed.
+template <class Visit>
+bool ForEachListed(const UTF16String& pattern, Visit&& visit) {
+  namespace platform = tovimpl::platform;
+  platform::ListingEntry data{};
+  const platform::ListingHandle handle = platform::OpenListing(pattern, &data).ValueOr(nullptr);
+  if (handle == nullptr) return true;
+  bool finished = true;
+  do {
+    const UTF16String& name = data.name;
+    const bool dotEntry = (name.size() == 1 && name[0] == '.') ||
+                          (name.size() == 2 && name[0] == '.' && name[1] == '.');
+    if (dotEntry) continue;
+    if (!visit(data)) {
+      finished = false;
+      break;
+    }
+  } while (platform::NextListingEntry(handle, &data));
+  platform::CloseListing(handle);
+  return finished;
+}
 
 }  // namespace tovimpl::files

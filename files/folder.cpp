@@ -16,11 +16,6 @@ namespace {
 
 namespace platform = tovimpl::platform;
 
-bool IsDotEntry(const UTF16String& name) {
-  return (name.size() == 1 && name[0] == '.') ||
-         (name.size() == 2 && name[0] == '.' && name[1] == '.');
-}
-
 // Enumerates the entries of `folder` (a library path), calling
 // sink(name, isFolder) for each in file-system order, "." and ".." skipped.
 // Nothing happens when the folder cannot be listed.
@@ -30,14 +25,10 @@ void EnumerateFolder(const UTF16String& folder, Sink&& sink) {
   tovimpl::files::RemoveBackslash(pattern);
   pattern.push_back('\\');
   pattern.push_back('*');
-  platform::ListingEntry data{};
-  const platform::ListingHandle handle = platform::OpenListing(pattern, &data).ValueOr(nullptr);
-  if (handle == nullptr) return;
-  do {
-    if (IsDotEntry(data.name)) continue;
+  tovimpl::files::ForEachListed(pattern, [&](const platform::ListingEntry& data) {
     sink(data.name, (data.attributes & platform::kFileAttributeDirectory) != 0);
-  } while (platform::NextListingEntry(handle, &data));
-  platform::CloseListing(handle);
+    return true;
+  });
 }
 
 // Lower-case copy under the native locale, unit by unit.

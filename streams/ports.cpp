@@ -242,11 +242,42 @@ std::uint32_t SetSize(FilePortFile* file, std::optional<std::uint64_t> target,
   }
 }
 
-template <class Port>
-CVAutoPtr<Port> MakeFilePort(Port* port, std::uint32_t status) {
-  if (status == TOV::kSuccess) return CVAutoPtr<Port>(port, true);
-  delete port;
-  return CVAutoPtr<Port>();
+// The factories' work: a file port of type `FilePortType` opened on `path`,
+// handed out as its base `Port`; an empty pointer when it cannot be made or opened.
+template <class Port, class FilePortType, class PathChar>
+CVAutoPtr<Port> NewFilePort(const PathChar* path, AccessMode mode) {
+  try {
+    auto* port = new FilePortType(mode, 0);
+    if (port->Open(path) == TOV::kSuccess) return CVAutoPtr<Port>(port, true);
+    delete port;
+    return CVAutoPtr<Port>();
+  } catch (...) {
+    return CVAutoPtr<Port>();
+  }
+}
+
+// A file port's assignment: leave the own record, share the other's.
+void ShareFile(FilePortFile*& mine, FilePortFile* other) {
+  Retain(other);
+  Drop(std::exchange(mine, other));
+}
+
+// Open with an 8-bit path, for both file ports: widened in the current locale,
+// then handed to the port's own (virtual) UTF-16 Open.
+template <class FilePortType>
+std::uint32_t OpenNarrow(FilePortType& port, const char* path) {
+  if (path == nullptr) return TOV::kErrInvalidArgument;
+  try {
+    UTF16String wide;
+    if (!WidenPath(path, wide)) return TOV::kErrOpenFailed;
+    return port.Open(wide.c_str());
+  } catch (...) {
+    return TOV::kErrOpenFailed;
+  }
+}
+
+const unsigned short* PathOf(const FilePortFile* file) {
+  return file == nullptr ? nullptr : file->path.c_str();
 }
 
 }  // namespace
@@ -272,21 +303,11 @@ AccessMode CPort::Mode() const { return mMode; }
 unsigned char CPort::OwnsResource() const { return mOwnsResource; }
 
 CVAutoPtr<CPort> CPort::FilePort(const char* path, AccessMode mode) {
-  try {
-    auto* port = new CFilePort(mode, 0);
-    return MakeFilePort<CPort>(port, port->Open(path));
-  } catch (...) {
-    return CVAutoPtr<CPort>();
-  }
+  return NewFilePort<CPort, CFilePort>(path, mode);
 }
 
 CVAutoPtr<CPort> CPort::FilePort(const unsigned short* path, AccessMode mode) {
-  try {
-    auto* port = new CFilePort(mode, 0);
-    return MakeFilePort<CPort>(port, port->Open(path));
-  } catch (...) {
-    return CVAutoPtr<CPort>();
-  }
+  return NewFilePort<CPort, CFilePort>(path, mode);
 }
 
 CVAutoPtr<CPort> CPort::ReadOnlyRamPort(const void* data, std::uint32_t size) {
@@ -320,21 +341,11 @@ AccessMode CPortEx::Mode() const { return mMode; }
 unsigned char CPortEx::OwnsResource() const { return mOwnsResource; }
 
 CVAutoPtr<CPortEx> CPortEx::FilePort(const char* path, AccessMode mode) {
-  try {
-    auto* port = new CFilePortEx(mode, 0);
-    return MakeFilePort<CPortEx>(port, port->Open(path));
-  } catch (...) {
-    return CVAutoPtr<CPortEx>();
-  }
+  return NewFilePort<CPortEx, CFilePortEx>(path, mode);
 }
 
 CVAutoPtr<CPortEx> CPortEx::FilePort(const unsigned short* path, AccessMode mode) {
-  try {
-    auto* port = new CFilePortEx(mode, 0);
-    return MakeFilePort<CPortEx>(port, port->Open(path));
-  } catch (...) {
-    return CVAutoPtr<CPortEx>();
-  }
+  return NewFilePort<CPortEx, CFilePortEx>(path, mode);
 }
 
 // --- CFilePort ---------------------------------------------------------------
@@ -346,8 +357,7 @@ CFilePort::CFilePort(const CFilePort& other) : CPort(other), mFile(other.mFile) 
 CFilePort& CFilePort::operator=(const CFilePort& other) {
   if (this != &other) {
     CPort::operator=(other);
-    Retain(other.mFile);
-    Drop(std::exchange(mFile, other.mFile));
+    ShareFile(mFile, other.mFile);
   }
   return *this;
 }
@@ -389,20 +399,9 @@ std::uint32_t CFilePort::Open(const unsigned short* path) {
   return OpenPortFile(mFile, path, Mode());
 }
 
-std::uint32_t CFilePort::Open(const char* path) {
-  if (path == nullptr) return TOV::kErrInvalidArgument;
-  try {
-    UTF16String wide;
-    if (!WidenPath(path, wide)) return TOV::kErrOpenFailed;
-    return Open(wide.c_str());
-  } catch (...) {
-    return TOV::kErrOpenFailed;
-  }
-}
+std::uint32_t CFilePort::Open(const char* path) { return OpenNarrow(*this, path); }
 
-const unsigned short* CFilePort::Path() const {
-  return mFile == nullptr ? nullptr : mFile->path.c_str();
-}
+const unsigned short* CFilePort::Path() const { return PathOf(mFile); }
 
 // --- CFilePortEx -------------------------------------------------------------
 
@@ -416,8 +415,7 @@ CFilePortEx::CFilePortEx(const CFilePortEx& other) : CPortEx(other), mFile(other
 CFilePortEx& CFilePortEx::operator=(const CFilePortEx& other) {
   if (this != &other) {
     CPortEx::operator=(other);
-    Retain(other.mFile);
-    Drop(std::exchange(mFile, other.mFile));
+    ShareFile(mFile, other.mFile);
   }
   return *this;
 }
@@ -451,20 +449,9 @@ std::uint32_t CFilePortEx::Open(const unsigned short* path) {
   return OpenPortFile(mFile, path, Mode());
 }
 
-std::uint32_t CFilePortEx::Open(const char* path) {
-  if (path == nullptr) return TOV::kErrInvalidArgument;
-  try {
-    UTF16String wide;
-    if (!WidenPath(path, wide)) return TOV::kErrOpenFailed;
-    return Open(wide.c_str());
-  } catch (...) {
-    return TOV::kErrOpenFailed;
-  }
-}
+std::uint32_t CFilePortEx::Open(const char* path) { return OpenNarrow(*this, path); }
 
-const unsigned short* CFilePortEx::Path() const {
-  return mFile == nullptr ? nullptr : mFile->path.c_str();
-}
+const unsigned short* CFilePortEx::Path() const { return PathOf(mFile); }
 
 // --- CStaticRamFilePort ------------------------------------------------------
 

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "basalt/proplist.h"
+#include "basalt/proplist_test_support.h"
 #include "basalt/utf.h"
 #include "common/temp_tree.h"
 #include "common/test_files.h"
@@ -24,29 +25,19 @@ using basalt::proplist::PropList;
 using basalt::proplist::PropListError;
 using basalt::proplist::utils::LoadPropList;
 using basalt::proplist::utils::SavePropList;
+using tovtest::FailureOf;
+using tovtest::PropListFailure;
+using tovtest::SamplePropList;
 using tovtest::TempTree;
-
-// The list proplist_test.cpp saves in its file tests.
-PropList Sample() {
-  PropList list;
-  list.SetString("Name", u"Clip 1"_u16);
-  list.CreateChild("Cache").SetString("CacheFile", u"C:\\Cache\\TOVCache1_2_3.vpc"_u16);
-  return list;
-}
 
 TEST(PropListFile, UnreadableFileCannotBeOpened) {
   if (::geteuid() == 0) GTEST_SKIP() << "running as root: permissions do not stop reading";
   TempTree temp;
-  SavePropList(temp.Lib("list.xml"), Sample());
+  SavePropList(temp.Lib("list.xml"), SamplePropList());
   ::chmod(temp.NativeOf("list.xml").c_str(), 0);
   PropList list;
-  try {
-    LoadPropList(temp.Lib("list.xml"), list, 0);
-    FAIL() << "no exception";
-  } catch (const PropListError& error) {
-    EXPECT_EQ(error.GetKind(), PropListError::Kind::kOpenFailed);
-    EXPECT_EQ(error.GetSystemError(), 5u);
-  }
+  EXPECT_EQ(FailureOf([&] { LoadPropList(temp.Lib("list.xml"), list, 0); }),
+            (PropListFailure{PropListError::Kind::kOpenFailed, 5u}));
 }
 
 // A full disk, simulated with a file-size limit in a child process: the
@@ -54,7 +45,7 @@ TEST(PropListFile, UnreadableFileCannotBeOpened) {
 TEST(PropListFile, FullDiskOnSaveLeavesPreviousListIntact) {
   TempTree temp;
   const UTF16String path = temp.Lib("list.xml");
-  SavePropList(path, Sample());
+  SavePropList(path, SamplePropList());
   const std::string before = tovtest::ReadFile(temp.NativeOf("list.xml"));
 
   PropList big;

@@ -8,6 +8,7 @@
 #include <random>
 #include <string>
 
+#include "basalt/proplist_test_support.h"
 #include "basalt/utf.h"
 #include "common/temp_tree.h"
 #include "common/test_files.h"
@@ -21,14 +22,10 @@ using basalt::proplist::utils::FormatPropList;
 using basalt::proplist::utils::LoadPropList;
 using basalt::proplist::utils::ParsePropList;
 using basalt::proplist::utils::SavePropList;
+using tovtest::FailureOf;
+using tovtest::PropListFailure;
+using tovtest::SamplePropList;
 using tovtest::TempTree;
-
-PropList Sample() {
-  PropList list;
-  list.SetString("Name", u"Clip 1"_u16);
-  list.CreateChild("Cache").SetString("CacheFile", u"C:\\Cache\\TOVCache1_2_3.vpc"_u16);
-  return list;
-}
 
 PropListError::Kind LoadErrorKind(const std::string& bytes) {
   PropList list;
@@ -95,7 +92,7 @@ TEST(PropList, KeysAreCaseSensitiveAndSorted) {
 }
 
 TEST(PropList, CopyIsDeepAndMoveEmptiesSource) {
-  PropList list = Sample();
+  PropList list = SamplePropList();
   PropList copy = list;
   copy.FindChild("Cache")->SetString("CacheFile", u"changed"_u16);
   UTF16String value;
@@ -103,13 +100,13 @@ TEST(PropList, CopyIsDeepAndMoveEmptiesSource) {
   EXPECT_EQ(value, u"C:\\Cache\\TOVCache1_2_3.vpc"_u16);
   PropList moved = std::move(list);
   EXPECT_TRUE(list.Empty());  // NOLINT(bugprone-use-after-move): documented
-  EXPECT_EQ(moved, Sample());
+  EXPECT_EQ(moved, SamplePropList());
 }
 
 // --- the XML text ----------------------------------------------------------------
 
 TEST(PropListText, FormatMatchesTheDocumentedLayout) {
-  EXPECT_EQ(FormatPropList(Sample()),
+  EXPECT_EQ(FormatPropList(SamplePropList()),
             "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
             "<plist version=\"1.0\">\n"
             "<dict>\n"
@@ -276,14 +273,14 @@ TEST(PropListText, NestingDeeperThanLimitIsRejectedNotCrashed) {
 }
 
 TEST(PropListText, FailedParseLeavesListUnchanged) {
-  PropList list = Sample();
+  PropList list = SamplePropList();
   EXPECT_THROW(ParsePropList("<plist><dict><key>a</key></dict></plist>", list), PropListError);
-  EXPECT_EQ(list, Sample());
+  EXPECT_EQ(list, SamplePropList());
 }
 
 TEST(PropListText, RandomBytesNeverCrash) {
   std::mt19937 random(12345);
-  const std::string good = FormatPropList(Sample());
+  const std::string good = FormatPropList(SamplePropList());
   for (int round = 0; round < 500; ++round) {
     std::string bytes = good;
     const int flips = 1 + static_cast<int>(random() % 8);
@@ -305,11 +302,11 @@ TEST(PropListText, RandomBytesNeverCrash) {
 TEST(PropListFile, SaveThenLoadRoundTrips) {
   TempTree temp;
   const UTF16String path = temp.Lib("list.xml");
-  SavePropList(path, Sample());
+  SavePropList(path, SamplePropList());
   PropList back;
   LoadPropList(path, back, 0);
-  EXPECT_EQ(back, Sample());
-  EXPECT_EQ(tovtest::ReadFile(temp.NativeOf("list.xml")), FormatPropList(Sample()));
+  EXPECT_EQ(back, SamplePropList());
+  EXPECT_EQ(tovtest::ReadFile(temp.NativeOf("list.xml")), FormatPropList(SamplePropList()));
   // Only the list is left: the temporary file was renamed over it.
   EXPECT_EQ(tovtest::ListFolder(temp.Native()), std::vector<std::string>{"list.xml"});
 }
@@ -317,7 +314,7 @@ TEST(PropListFile, SaveThenLoadRoundTrips) {
 TEST(PropListFile, SaveReplacesPreviousList) {
   TempTree temp;
   const UTF16String path = temp.Lib("list.xml");
-  SavePropList(path, Sample());
+  SavePropList(path, SamplePropList());
   PropList other;
   other.SetString("only", u"this"_u16);
   SavePropList(path, other);
@@ -328,43 +325,33 @@ TEST(PropListFile, SaveReplacesPreviousList) {
 
 TEST(PropListFile, LoadReplacesListContents) {
   TempTree temp;
-  SavePropList(temp.Lib("list.xml"), Sample());
+  SavePropList(temp.Lib("list.xml"), SamplePropList());
   PropList list;
   list.SetString("stale", u"x"_u16);
   LoadPropList(temp.Lib("list.xml"), list, 0);
   EXPECT_FALSE(list.Contains("stale"));
-  EXPECT_EQ(list, Sample());
+  EXPECT_EQ(list, SamplePropList());
 }
 
 TEST(PropListFile, MissingFileIsOpenFailedWithFileNotFound) {
   TempTree temp;
-  PropList list = Sample();
-  try {
-    LoadPropList(temp.Lib("absent.xml"), list, 0);
-    FAIL() << "no exception";
-  } catch (const PropListError& error) {
-    EXPECT_EQ(error.GetKind(), PropListError::Kind::kOpenFailed);
-    EXPECT_EQ(error.GetSystemError(), 2u);
-  }
-  EXPECT_EQ(list, Sample());
+  PropList list = SamplePropList();
+  EXPECT_EQ(FailureOf([&] { LoadPropList(temp.Lib("absent.xml"), list, 0); }),
+            (PropListFailure{PropListError::Kind::kOpenFailed, 2u}));
+  EXPECT_EQ(list, SamplePropList());
 }
 
 TEST(PropListFile, EmptyFileIsNotAPropList) {
   TempTree temp;
   tovtest::WriteFile(temp.NativeOf("list.xml"), "");
   PropList list;
-  try {
-    LoadPropList(temp.Lib("list.xml"), list, 0);
-    FAIL() << "no exception";
-  } catch (const PropListError& error) {
-    EXPECT_EQ(error.GetKind(), PropListError::Kind::kNotAPropList);
-    EXPECT_EQ(error.GetSystemError(), 0u);
-  }
+  EXPECT_EQ(FailureOf([&] { LoadPropList(temp.Lib("list.xml"), list, 0); }),
+            (PropListFailure{PropListError::Kind::kNotAPropList, 0u}));
 }
 
 TEST(PropListFile, FileTruncatedAtEveryLengthIsRejected) {
   TempTree temp;
-  const std::string whole = FormatPropList(Sample());
+  const std::string whole = FormatPropList(SamplePropList());
   // Every proper prefix that drops the closing </plist> is damaged.
   const std::size_t end = whole.rfind("</plist>");
   for (std::size_t length = 0; length <= end; ++length) {
@@ -395,31 +382,21 @@ TEST(PropListFile, FolderInPlaceOfListCannotBeOpened) {
   TempTree temp;
   tovtest::MakeFolder(temp.NativeOf("list.xml"));
   PropList list;
-  try {
-    LoadPropList(temp.Lib("list.xml"), list, 0);
-    FAIL() << "no exception";
-  } catch (const PropListError& error) {
-    EXPECT_EQ(error.GetKind(), PropListError::Kind::kOpenFailed);
-    EXPECT_EQ(error.GetSystemError(), 5u);
-  }
+  EXPECT_EQ(FailureOf([&] { LoadPropList(temp.Lib("list.xml"), list, 0); }),
+            (PropListFailure{PropListError::Kind::kOpenFailed, 5u}));
 }
 
 TEST(PropListFile, SaveIntoMissingFolderFailsAndLeavesNothing) {
   TempTree temp;
-  try {
-    SavePropList(temp.Lib("no\\such\\list.xml"), Sample());
-    FAIL() << "no exception";
-  } catch (const PropListError& error) {
-    EXPECT_EQ(error.GetKind(), PropListError::Kind::kWriteFailed);
-    EXPECT_EQ(error.GetSystemError(), 3u);
-  }
+  EXPECT_EQ(FailureOf([&] { SavePropList(temp.Lib("no\\such\\list.xml"), SamplePropList()); }),
+            (PropListFailure{PropListError::Kind::kWriteFailed, 3u}));
   EXPECT_TRUE(tovtest::ListFolder(temp.Native()).empty());
 }
 
 TEST(PropListFile, SaveOverFolderFailsAndDeletesTemporaryFile) {
   TempTree temp;
   tovtest::MakeFolder(temp.NativeOf("list.xml"));
-  EXPECT_THROW(SavePropList(temp.Lib("list.xml"), Sample()), PropListError);
+  EXPECT_THROW(SavePropList(temp.Lib("list.xml"), SamplePropList()), PropListError);
   EXPECT_EQ(tovtest::ListFolder(temp.Native()), std::vector<std::string>{"list.xml"});
 }
 

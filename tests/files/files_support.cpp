@@ -7,7 +7,17 @@
 #include <memory>
 #include <string>
 
+#include "tovfoundation/files.h"
+
 namespace tovtest {
+
+std::string PlatformPath(const UTF16String& lib) {
+  return U8(Halyard::PathUtilities::ToPlatformPath(lib));
+}
+
+std::uintmax_t PlatformFileSize(const UTF16String& lib) {
+  return std::filesystem::file_size(PlatformPath(lib));
+}
 
 namespace {
 

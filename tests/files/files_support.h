@@ -2,19 +2,20 @@
 // files_support.cpp gives every process of the suite a hermetic environment.
 #pragma once
 
+#include <cstdint>
+#include <string>
+
+#include "basalt/strings.h"
 #include "common/environment.h"
 #include "common/temp_tree.h"
 #include "common/test_files.h"
 
-// The names the OS-layer tests of this folder still spell the older way.
-namespace files_test {
-using TempFolder = tovtest::TempTree;
-using tovtest::Exists;
-using tovtest::Lib;
-using tovtest::MakeFolder;
-using tovtest::ReadFile;
-using tovtest::ScopedEnv;
-using tovtest::U16;
-using tovtest::U8;
-using tovtest::WriteFile;
-}  // namespace files_test
+namespace tovtest {
+
+// A library path in the platform's own spelling, as the library makes it
+// (PathUtilities::ToPlatformPath), in UTF-8.
+std::string PlatformPath(const UTF16String& lib);
+// The size of the file at a library path.
+std::uintmax_t PlatformFileSize(const UTF16String& lib);
+
+}  // namespace tovtest

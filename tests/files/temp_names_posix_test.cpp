@@ -27,10 +27,6 @@ using tovtest::U8;
 
 namespace {
 
-std::string NativeOf(const UTF16String& lib) { return U8(PU::ToPlatformPath(lib)); }
-
-std::uintmax_t SizeOf(const UTF16String& lib) { return std::filesystem::file_size(NativeOf(lib)); }
-
 struct ProgressLog {
   std::vector<std::pair<std::uint64_t, std::uint32_t>> calls;  // bytes so far, reason
   std::uint32_t answer = PU::kProgressContinue;
@@ -48,6 +44,21 @@ std::uint32_t Progress(std::uint64_t total, std::uint64_t done, std::uint64_t st
   EXPECT_EQ(dst, nullptr);
   log->calls.emplace_back(done, reason);
   return log->calls.size() - 1 == log->answerAt ? log->answer : PU::kProgressContinue;
+}
+
+// True when /dev/shm is a writable file system other than the one of `temp`.
+bool SecondFileSystem(const TempTree& temp) {
+  struct stat a {
+  }, b{};
+  return ::stat("/dev/shm", &b) == 0 && ::stat(temp.Native().c_str(), &a) == 0 &&
+         a.st_dev != b.st_dev && ::access("/dev/shm", W_OK) == 0;
+}
+
+// Copies "big" (3 MiB) to "copy" in `temp` through Progress with `log`; what
+// the copy returned.
+unsigned char CopyBig(const TempTree& temp, ProgressLog& log) {
+  tovtest::WriteFile(temp.NativeOf("big"), std::string(3 * 1024 * 1024, 'x'));
+  return PU::TOVCopyFileEx(temp.Lib("big"), temp.Lib("copy"), Progress, &log);
 }
 
 TEST(AutoFileName, UncreatableFileThrowsUnableToCreateFile) {
@@ -91,7 +102,7 @@ TEST(AutoFileName, TwoProcessesGetDistinctNames) {
     std::string line;
     while (std::getline(in, line)) {
       all.insert(line);
-      EXPECT_EQ(std::filesystem::file_size(NativeOf(U16(line))), 0u);
+      EXPECT_EQ(tovtest::PlatformFileSize(U16(line)), 0u);
     }
   }
   EXPECT_EQ(all.size(), 10u);
@@ -123,12 +134,12 @@ TEST(TempFileName, CreatesUnderscoreTOFileInTempFolder) {
   const UTF16String name = PU::TOVGetTempFileName();
   EXPECT_TRUE(std::regex_match(U8(name), std::regex(R"(.*\\_TO[0-9A-F]{1,4}\.tmp$)"))) << U8(name);
   EXPECT_EQ(name.substr(0, temp.Lib().size() + 1), temp.Lib() + u"\\"_u16);
-  EXPECT_EQ(SizeOf(name), 0u);
+  EXPECT_EQ(tovtest::PlatformFileSize(name), 0u);
   const UTF16String second = PU::TOVGetTempFileName();
   EXPECT_NE(second, name);
   const std::string narrow = Halyard::PathUtils::GetTemporaryFileName();
   EXPECT_TRUE(std::regex_match(narrow, std::regex(R"(.*\\_TO[0-9A-F]{1,4}\.tmp$)"))) << narrow;
-  EXPECT_TRUE(tovtest::Exists(NativeOf(U16(narrow))));
+  EXPECT_TRUE(tovtest::Exists(tovtest::PlatformPath(U16(narrow))));
 }
 
 TEST(PreferencesFolder, HomeDriveFollowedByHomePath) {
@@ -158,44 +169,30 @@ TEST(FileOperations, CopyExReportsProgressPerChunk) {
 
 TEST(FileOperations, CopyExCancelDeletesPartialTarget) {
   TempTree temp;
-  tovtest::WriteFile(temp.NativeOf("big"), std::string(3 * 1024 * 1024, 'x'));
-  ProgressLog log;
-  log.answer = PU::kProgressCancel;
-  log.answerAt = 1;
-  EXPECT_EQ(PU::TOVCopyFileEx(temp.Lib("big"), temp.Lib("copy"), Progress, &log), 0);
+  ProgressLog log{{}, PU::kProgressCancel, 1};
+  EXPECT_EQ(CopyBig(temp, log), 0);
   EXPECT_EQ(log.calls.size(), 2u);
   EXPECT_FALSE(tovtest::Exists(temp.NativeOf("copy")));
 }
 
 TEST(FileOperations, CopyExStopKeepsPartialTarget) {
   TempTree temp;
-  tovtest::WriteFile(temp.NativeOf("big"), std::string(3 * 1024 * 1024, 'x'));
-  ProgressLog log;
-  log.answer = PU::kProgressStop;
-  log.answerAt = 1;
-  EXPECT_EQ(PU::TOVCopyFileEx(temp.Lib("big"), temp.Lib("copy"), Progress, &log), 0);
+  ProgressLog log{{}, PU::kProgressStop, 1};
+  EXPECT_EQ(CopyBig(temp, log), 0);
   EXPECT_EQ(std::filesystem::file_size(temp.NativeOf("copy")), 1024u * 1024u);
 }
 
 TEST(FileOperations, CopyExQuietStopsTheCalls) {
   TempTree temp;
-  tovtest::WriteFile(temp.NativeOf("big"), std::string(3 * 1024 * 1024, 'x'));
-  ProgressLog log;
-  log.answer = PU::kProgressQuiet;
-  log.answerAt = 0;
-  EXPECT_EQ(PU::TOVCopyFileEx(temp.Lib("big"), temp.Lib("copy"), Progress, &log), 1);
+  ProgressLog log{{}, PU::kProgressQuiet, 0};
+  EXPECT_EQ(CopyBig(temp, log), 1);
   EXPECT_EQ(log.calls.size(), 1u);
   EXPECT_EQ(std::filesystem::file_size(temp.NativeOf("copy")), 3u * 1024u * 1024u);
 }
 
 TEST(FileOperations, MoveAcrossFileSystemsCopiesFilesAndRefusesFolders) {
   TempTree temp;
-  struct stat a {
-  }, b{};
-  if (::stat("/dev/shm", &b) != 0 || ::stat(temp.Native().c_str(), &a) != 0 ||
-      a.st_dev == b.st_dev || ::access("/dev/shm", W_OK) != 0) {
-    GTEST_SKIP() << "no second writable file system";
-  }
+  if (!SecondFileSystem(temp)) GTEST_SKIP() << "no second writable file system";
   char pattern[] = "/dev/shm/tovfiles-XXXXXX";
   ASSERT_NE(::mkdtemp(pattern), nullptr);
   const std::string other = pattern;
@@ -262,12 +259,7 @@ TEST(Trash, HomeTrashFromHomeWhenDataHomeUnset) {
 
 TEST(Trash, OtherFileSystemUsesTopFolderTrash) {
   TempTree temp;
-  struct stat a {
-  }, b{};
-  if (::stat("/dev/shm", &b) != 0 || ::stat(temp.Native().c_str(), &a) != 0 ||
-      a.st_dev == b.st_dev || ::access("/dev/shm", W_OK) != 0) {
-    GTEST_SKIP() << "no second writable file system";
-  }
+  if (!SecondFileSystem(temp)) GTEST_SKIP() << "no second writable file system";
   const std::string topTrash = "/dev/shm/.Trash-" + std::to_string(::getuid());
   const bool hadTopTrash = tovtest::Exists(topTrash);
   char pattern[] = "/dev/shm/tovfiles-XXXXXX";

@@ -19,16 +19,7 @@ using namespace basalt::literals;
 namespace PU = Halyard::PathUtilities;
 using tovtest::ScopedEnv;
 using tovtest::TempTree;
-using tovtest::U16;
 using tovtest::U8;
-
-namespace {
-
-std::string NativeOf(const UTF16String& lib) { return U8(PU::ToPlatformPath(lib)); }
-
-std::uintmax_t SizeOf(const UTF16String& lib) { return std::filesystem::file_size(NativeOf(lib)); }
-
-}  // namespace
 
 // --- automatic names -------------------------------------------------------------
 
@@ -45,8 +36,8 @@ TEST(AutoFileName, NameIsPrefixProcessThreadTicksExtension) {
 TEST(AutoFileName, LeavesAnEmptyFileAtTheReturnedPath) {
   TempTree temp;
   const UTF16String name = PU::GetAutoFileName(temp.Lib(), u"p"_u16, u".x"_u16);
-  ASSERT_TRUE(std::filesystem::is_regular_file(NativeOf(name)));
-  EXPECT_EQ(SizeOf(name), 0u);
+  ASSERT_TRUE(std::filesystem::is_regular_file(tovtest::PlatformPath(name)));
+  EXPECT_EQ(tovtest::PlatformFileSize(name), 0u);
 }
 
 TEST(AutoFileName, FolderWithOrWithoutTrailingBackslashGivesOneSeparator) {
@@ -106,7 +97,7 @@ TEST(AutoFileName, NameGrowsAfterCollisionWithinOneTick) {
   ASSERT_TRUE(std::regex_match(text, m, grown)) << text;
   const std::uint32_t first = static_cast<std::uint32_t>(std::stoul(m[1].str()));
   EXPECT_LT(first - start, end - start);
-  EXPECT_TRUE(tovtest::Exists(NativeOf(name)));
+  EXPECT_TRUE(tovtest::Exists(tovtest::PlatformPath(name)));
 }
 
 TEST(AutoFileName, EightThreadsGetDistinctNames) {
@@ -127,7 +118,7 @@ TEST(AutoFileName, EightThreadsGetDistinctNames) {
   for (const auto& names : perThread) {
     for (const auto& name : names) {
       all.insert(name);
-      EXPECT_EQ(SizeOf(name), 0u);
+      EXPECT_EQ(tovtest::PlatformFileSize(name), 0u);
     }
   }
   EXPECT_EQ(all.size(), 32u);
@@ -140,7 +131,7 @@ TEST(TempFileName, NameIsPrefixAndResult) {
   UTF16String name = u"abcdef"_u16;
   PU::TOVGetTempFileName(temp.Lib(), name);
   EXPECT_TRUE(std::regex_match(U8(name), std::regex(R"(.*\\abc[0-9A-F]{1,4}\.tmp$)"))) << U8(name);
-  EXPECT_TRUE(tovtest::Exists(NativeOf(name)));
+  EXPECT_TRUE(tovtest::Exists(tovtest::PlatformPath(name)));
 }
 
 TEST(TempFileName, MissingFolderThrowsAndLeavesNameUnchanged) {

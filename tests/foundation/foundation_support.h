@@ -87,14 +87,3 @@ int WaitChild(ChildHandle child);
 bool IsChild();
 
 }  // namespace tovtest
-
-// The names the OS-layer tests of this folder still spell the older way.
-namespace foundation_test {
-using TempFolder = tovtest::TempTree;
-using tovtest::Exists;
-using tovtest::MakeFolder;
-inline std::string ReadFileBytes(const std::string& native) { return tovtest::ReadFile(native); }
-inline void WriteFileBytes(const std::string& native, const std::string& contents) {
-  tovtest::WriteFile(native, contents);
-}
-}  // namespace foundation_test

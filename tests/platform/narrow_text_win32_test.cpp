@@ -18,14 +18,12 @@
 #include "tovfoundation/files.h"
 #include "tovfoundation/foundation.h"
 
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
-#endif
+// The backend's own way in to the system's headers, then the path API, which
+// needs <windows.h> first.
+// clang-format off
+#include "platform/win32/win32_support.h"
 #include <shlwapi.h>
-#include <windows.h>
+// clang-format on
 
 namespace fs = std::filesystem;
 namespace platform = tovimpl::platform;

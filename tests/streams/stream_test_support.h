@@ -85,22 +85,3 @@ class ScriptedPortEx : public Halyard::CPortEx {
 };
 
 }  // namespace tovtest
-
-// The names the OS-layer tests of this folder still spell the older way.
-namespace streamtest {
-using tovtest::Bytes;
-using tovtest::Exists;
-using tovtest::MakeSparse;
-inline Bytes ReadAll(const std::string& nativePath) { return tovtest::ReadBytes(nativePath); }
-inline void WriteAll(const std::string& nativePath, const Bytes& bytes) {
-  tovtest::WriteBytes(nativePath, bytes);
-}
-class TempDir {
- public:
-  std::string Native(const std::string& name) const { return mTree.NativeOf(name); }
-  UTF16String Library(const std::string& name) const { return mTree.Lib(name); }
-
- private:
-  tovtest::TempTree mTree{"streams-test"};
-};
-}  // namespace streamtest

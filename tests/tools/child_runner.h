@@ -33,6 +33,18 @@ struct ChildResult {
 
 ChildResult RunChild(const std::string& program, const ChildOptions& options);
 
+// For the implementations of RunChild: where the child's standard streams go
+// (`nullDevice` stands for an empty stdinPath), and taking what it wrote.
+struct ChildStreams {
+  std::string inPath;      // standard input
+  std::string stdoutPath;  // standard output
+  std::string outPath;     // the capture file of standard output
+  std::string errPath;     // the capture file of standard error
+};
+ChildStreams StreamsFor(const ChildOptions& options, const std::string& nullDevice);
+// Reads the capture files into `result` (standard output only when captured).
+void CollectOutput(const ChildOptions& options, const ChildStreams& streams, ChildResult& result);
+
 }  // namespace tovtest
 
 namespace tovtest {

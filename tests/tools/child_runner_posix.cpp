@@ -6,25 +6,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <iterator>
-
 #include "child_runner.h"
 
 namespace tovtest {
 
-namespace {
-std::string ReadWhole(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-}  // namespace
-
 ChildResult RunChild(const std::string& program, const ChildOptions& options) {
-  const std::string outPath = options.captureDir + "/child.out";
-  const std::string errPath = options.captureDir + "/child.err";
-  const std::string inPath = options.stdinPath.empty() ? "/dev/null" : options.stdinPath;
-  const std::string stdoutPath = options.stdoutPath.empty() ? outPath : options.stdoutPath;
+  const ChildStreams streams = StreamsFor(options, "/dev/null");
   std::vector<std::string> argStrings{program};
   argStrings.insert(argStrings.end(), options.args.begin(), options.args.end());
   std::vector<char*> argv;
@@ -34,9 +21,9 @@ ChildResult RunChild(const std::string& program, const ChildOptions& options) {
   const pid_t child = ::fork();
   if (child == 0) {
     // Only async-signal-safe calls from here on.
-    const int in = ::open(inPath.c_str(), O_RDONLY);
-    const int out = ::open(stdoutPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    const int err = ::open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    const int in = ::open(streams.inPath.c_str(), O_RDONLY);
+    const int out = ::open(streams.stdoutPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    const int err = ::open(streams.errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
     if (in < 0 || out < 0 || err < 0) ::_exit(126);
     ::dup2(in, 0);
     ::dup2(out, 1);
@@ -62,8 +49,7 @@ ChildResult RunChild(const std::string& program, const ChildOptions& options) {
   }
   if (WIFEXITED(status)) result.exitCode = WEXITSTATUS(status);
   if (WIFSIGNALED(status)) result.signal = WTERMSIG(status);
-  if (options.stdoutPath.empty()) result.out = ReadWhole(outPath);
-  result.err = ReadWhole(errPath);
+  CollectOutput(options, streams, result);
   return result;
 }
 

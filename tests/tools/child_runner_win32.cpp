@@ -7,26 +7,14 @@
 #include <sys/stat.h>
 
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 
 #include "child_runner.h"
 #include "common/child_process.h"
 
 namespace tovtest {
 
-namespace {
-std::string ReadWhole(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-}  // namespace
-
 ChildResult RunChild(const std::string& program, const ChildOptions& options) {
-  const std::string outPath = options.captureDir + "/child.out";
-  const std::string errPath = options.captureDir + "/child.err";
-  const std::string inPath = options.stdinPath.empty() ? "NUL" : options.stdinPath;
-  const std::string stdoutPath = options.stdoutPath.empty() ? outPath : options.stdoutPath;
+  const ChildStreams streams = StreamsFor(options, "NUL");
   std::vector<std::string> quoted{QuoteArgument(program)};
   for (const auto& arg : options.args) quoted.push_back(QuoteArgument(arg));
   std::vector<const char*> argv;
@@ -36,11 +24,11 @@ ChildResult RunChild(const std::string& program, const ChildOptions& options) {
   std::fflush(stdout);
   std::fflush(stderr);
   const int saved[3] = {::_dup(0), ::_dup(1), ::_dup(2)};
-  const int in = ::_open(inPath.c_str(), _O_RDONLY | _O_BINARY);
-  const int out = ::_open(stdoutPath.c_str(), _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY,
+  const int in = ::_open(streams.inPath.c_str(), _O_RDONLY | _O_BINARY);
+  const int out = ::_open(streams.stdoutPath.c_str(), _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY,
                           _S_IREAD | _S_IWRITE);
-  const int err =
-      ::_open(errPath.c_str(), _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY, _S_IREAD | _S_IWRITE);
+  const int err = ::_open(streams.errPath.c_str(), _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY,
+                          _S_IREAD | _S_IWRITE);
   ChildResult result;
   char here[4096] = {};
   if (in >= 0 && out >= 0 && err >= 0 && ::_getcwd(here, sizeof here) != nullptr &&
@@ -58,8 +46,7 @@ ChildResult RunChild(const std::string& program, const ChildOptions& options) {
   for (int fd : {in, out, err, saved[0], saved[1], saved[2]}) {
     if (fd >= 0) ::_close(fd);
   }
-  if (options.stdoutPath.empty()) result.out = ReadWhole(outPath);
-  result.err = ReadWhole(errPath);
+  CollectOutput(options, streams, result);
   return result;
 }
 

@@ -5,6 +5,7 @@
 #include <iomanip>
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include "tool.h"
 #include "tool_io.h"
@@ -52,25 +53,30 @@ int RunReadStream(const tovtool::Args& given) {
     throw tovtool::Failure(path + ": offset " + std::to_string(offset) + " is beyond the end (" +
                            std::to_string(fileSize) + " bytes)");
   }
-  // The 64-bit file port, seen by the stream through a window that starts at
-  // the offset: files of any size, offsets past 4 GiB included.
+  // The bytes the values can come from, read at the offset through the 64-bit
+  // file port (files of any size, offsets past 4 GiB included), and handed to
+  // the stream through the library's RAM port.
   tovtool::CheckedFilePort port(Halyard::kAccessRead);
   port.Open(path);
   const auto base = static_cast<std::uint64_t>(offset);
-  tovtool::PortWindow window(port, base);
-  const auto ordering = order == "big" ? Halyard::kHaldBigEndian : Halyard::kHaldLittleEndian;
-  Halyard::CReadStream stream(window, ordering, 4096, 0, 0);
-  std::uint32_t size = 0;
-  stream.GetSize(&size);
-  // Reads stay within the file: the stream's callers bound them by its size.
-  std::uint32_t pos = 0;
-  const std::uint64_t available = size / width;
-  const auto n = static_cast<std::uint32_t>(std::min<std::uint64_t>(available, count));
+  const auto wanted = static_cast<std::uint32_t>(
+      std::min<std::uint64_t>(fileSize - base, static_cast<std::uint64_t>(count) * width));
+  std::vector<unsigned char> bytes(wanted);
+  if (wanted != 0) port.Read(base, static_cast<std::int32_t>(wanted), bytes.data());
   const auto checkRead = [&port, &path] {
     if (port.FirstFailure() != 0) {
       throw tovtool::Failure("cannot read " + path + ": " + port.FailureText());
     }
   };
+  checkRead();
+  Halyard::CStaticRamFilePort held(bytes.data(), wanted, Halyard::kAccessRead, 0);
+  const auto ordering = order == "big" ? Halyard::kHaldBigEndian : Halyard::kHaldLittleEndian;
+  Halyard::CReadStream stream(held, ordering, 4096, 0, 0);
+  std::uint32_t size = 0;
+  stream.GetSize(&size);
+  // Reads stay within the bytes read: the stream's callers bound them by its size.
+  std::uint32_t pos = 0;
+  const auto n = std::min<std::uint32_t>(size / width, static_cast<std::uint32_t>(count));
 
   if (type == "string") {
     if (n == 0) {

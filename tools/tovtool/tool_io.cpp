@@ -194,30 +194,6 @@ std::uint32_t CheckedFilePort::Flush() { return Record(mFile.Flush()); }
 
 // ---------------------------------------------------------------------------
 
-PortWindow::PortWindow(const Halyard::CPortEx& port, std::uint64_t base)
-    : Halyard::CPort(Halyard::kAccessRead, 0), mPort(port), mBase(base) {}
-
-std::uint32_t PortWindow::Size(std::uint32_t) { return TOV::kErrSetSizeFailed; }
-
-std::uint32_t PortWindow::Size() const {
-  const std::uint64_t size = mPort.Size();
-  if (size <= mBase) return 0;
-  const std::uint64_t left = size - mBase;
-  return left > 0xFFFFFFFEull ? 0xFFFFFFFEu : static_cast<std::uint32_t>(left);
-}
-
-std::uint32_t PortWindow::Close() { return 0; }
-
-std::uint32_t PortWindow::Read(std::uint32_t pos, std::int32_t count, void* buffer) const {
-  return mPort.Read(mBase + pos, count, buffer);
-}
-
-std::uint32_t PortWindow::Write(std::uint32_t, std::int32_t, const void*) {
-  return TOV::kErrWriteFailed;
-}
-
-// ---------------------------------------------------------------------------
-
 [[noreturn]] void ThrowWriteFailure(const std::string& destination, const CheckedFilePort& port,
                                     std::uint32_t status) {
   throw Failure("cannot write " + destination + ": " +

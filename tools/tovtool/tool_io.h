@@ -71,25 +71,6 @@ class CheckedFilePort : public Halyard::CPortEx {
   mutable std::uint32_t mOsError = 0;
 };
 
-// A 32-bit read-only window onto a 64-bit port: byte 0 of the window is byte
-// `base` of the port, and the window ends at the port's end or 4 GiB - 1 bytes
-// later, whichever comes first. Lets a CReadStream read anywhere in a file of
-// any size.
-class PortWindow : public Halyard::CPort {
- public:
-  PortWindow(const Halyard::CPortEx& port, std::uint64_t base);
-
-  std::uint32_t Size(std::uint32_t newSize) override;
-  std::uint32_t Size() const override;
-  std::uint32_t Close() override;
-  std::uint32_t Read(std::uint32_t pos, std::int32_t count, void* buffer) const override;
-  std::uint32_t Write(std::uint32_t pos, std::int32_t count, const void* buffer) override;
-
- private:
-  const Halyard::CPortEx& mPort;
-  std::uint64_t mBase;
-};
-
 // A file written under a temporary name in its destination's folder and
 // renamed into place by Commit, so the destination is either untouched or
 // complete. The destructor removes a temporary file that was not committed.
