@@ -451,7 +451,14 @@ Status MoveNoReplace(const UTF16String& source, const UTF16String& target) {
   if (from.empty() || to.empty()) return Status::Failure(kErrorPathNotFound);
   if (RenameNoReplace(from, to)) return Status::Ok();
   const int error = errno;
-  if (error != EXDEV) return Failed(error, error == ENOENT ? from : to);
+  if (error == ENOENT) {
+    // With the source in place, what is missing is the target's folder: 3,
+    // as Windows answers; a missing source is 2 (or 3 without its folder).
+    struct stat there {};
+    if (::lstat(from.c_str(), &there) == 0) return Status::Failure(kErrorPathNotFound);
+    return Failed(error, from);
+  }
+  if (error != EXDEV) return Failed(error, to);
   struct stat st {};
   if (::lstat(from.c_str(), &st) != 0 || S_ISDIR(st.st_mode)) {
     return Status::Failure(kErrorNotSameDevice);

@@ -35,6 +35,19 @@ TEST(FsSeam, CreateDirectoriesMakesEveryLevelOnce) {
             platform::kErrorAlreadyExists);
 }
 
+// The codes a move carries agree on both systems: the target's folder
+// missing is 3, the source missing is 2, and neither moves anything.
+TEST(FsSeam, MoveTellsAMissingTargetFolderFromAMissingSource) {
+  TempFolder temp;
+  platform_test::WriteFile(temp.NativeOf("clip.wav"), "RIFF");
+  EXPECT_EQ(platform::MoveNoReplace(temp.Lib("clip.wav"), temp.Lib("missing\\clip.wav")).Error(),
+            platform::kErrorPathNotFound);
+  EXPECT_TRUE(platform_test::Exists(temp.NativeOf("clip.wav")));
+  EXPECT_EQ(platform::MoveNoReplace(temp.Lib("gone.wav"), temp.Lib("moved.wav")).Error(),
+            platform::kErrorFileNotFound);
+  EXPECT_FALSE(platform_test::Exists(temp.NativeOf("moved.wav")));
+}
+
 TEST(FsSeam, FreeSpaceAnswersThroughTheSeamWhileItIsSet) {
   TempFolder temp;
   static UTF16String asked;
