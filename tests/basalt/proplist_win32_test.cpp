@@ -12,15 +12,14 @@
 #include "common/test_files.h"
 #include "platform/error.h"
 #include "platform/file.h"
+#include "proplist_test_support.h"
 
 namespace {
 
 using namespace basalt::literals;
 using basalt::proplist::PropList;
 using basalt::proplist::PropListError;
-using basalt::proplist::utils::LoadPropList;
 using basalt::proplist::utils::SavePropList;
-using tovtest::TempTree;
 namespace platform = tovimpl::platform;
 
 PropList Holding(const UTF16String& file) {
@@ -31,7 +30,7 @@ PropList Holding(const UTF16String& file) {
 
 UTF16String CacheFileIn(const UTF16String& path) {
   PropList list;
-  LoadPropList(path, list, 0);
+  basalt::proplist::utils::LoadPropList(path, list, 0);
   UTF16String file;
   list.GetString("CacheFile", file);
   return file;
@@ -49,7 +48,7 @@ platform::FileHandle OpenAsAnotherProgram(const UTF16String& path) {
 }
 
 TEST(PropListReplace, SaveWaitsForAReaderThatLetsGoWithinASecond) {
-  TempTree temp;
+  tovtest::TempTree temp;
   const UTF16String path = temp.Lib("list.xml");
   SavePropList(path, Holding(u"C:\\Cache\\old.vpc"_u16));
   const platform::FileHandle reader = OpenAsAnotherProgram(path);
@@ -67,18 +66,14 @@ TEST(PropListReplace, SaveWaitsForAReaderThatLetsGoWithinASecond) {
 }
 
 TEST(PropListReplace, SaveFailsWithAccessDeniedWhenTheListStaysOpen) {
-  TempTree temp;
+  tovtest::TempTree temp;
   const UTF16String path = temp.Lib("list.xml");
   SavePropList(path, Holding(u"C:\\Cache\\old.vpc"_u16));
   const platform::FileHandle reader = OpenAsAnotherProgram(path);
   const auto started = std::chrono::steady_clock::now();
-  try {
-    SavePropList(path, Holding(u"C:\\Cache\\new.vpc"_u16));
-    ADD_FAILURE() << "the save replaced a list that another handle holds open";
-  } catch (const PropListError& error) {
-    EXPECT_EQ(error.GetKind(), PropListError::Kind::kWriteFailed);
-    EXPECT_EQ(error.GetSystemError(), platform::kErrorAccessDenied);
-  }
+  EXPECT_EQ(
+      tovtest::FailureOf([&] { SavePropList(path, Holding(u"C:\\Cache\\new.vpc"_u16)); }),
+      (tovtest::PropListFailure{PropListError::Kind::kWriteFailed, platform::kErrorAccessDenied}));
   const auto waited = std::chrono::steady_clock::now() - started;
   (void)platform::CloseFile(reader);
   // Ten tries, 20 ms more apart each time: a little over a second in all.

@@ -12,13 +12,8 @@
 #include "platform/error.h"
 #include "platform/text.h"
 
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
-#endif
-#include <windows.h>
+// The backend's own way in to the system's headers.
+#include "platform/win32/win32_support.h"
 
 namespace platform = tovimpl::platform;
 
