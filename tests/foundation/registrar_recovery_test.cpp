@@ -180,6 +180,24 @@ TEST_F(RegistrarRecovery, FileOnDiskFillsAPairLeftWithoutOneHere) {
   EXPECT_EQ(Recorded(ListOnDisk(), "C:\\Failed"), u"C:\\Cache\\theirs.vpc"_u16);
 }
 
+TEST_F(RegistrarRecovery, PairLeftWithoutFileGetsOneWhenRegisteredAgain) {
+  Host();
+  UTF16String found;
+  FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), found);
+  std::filesystem::remove_all(cache.Native());
+  UTF16String file = u"unchanged"_u16;
+  EXPECT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, UTF16String(), file),
+            TOV::kErrRegistryNoCacheFile);
+  EXPECT_EQ(file, u"unchanged"_u16);
+  tovtest::MakeFolder(cache.Native());
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, UTF16String(), file), 0u);
+  EXPECT_TRUE(tovtest::Exists(tovtest::Native(file)));
+  EXPECT_EQ(Recorded(ListOnDisk(), "C:\\Media"), file);
+  UTF16String again;
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, UTF16String(), again), 0u);
+  EXPECT_EQ(again, file);
+}
+
 TEST_F(RegistrarRecovery, PairWithoutFileOnBothSidesStaysWithoutOne) {
   Host();
   UTF16String found;
