@@ -1,14 +1,14 @@
 // The cache-folder registrar clearing leftovers of interrupted saves and
 // failing to set a damaged list aside, on POSIX rules: process numbers,
-// PATH_MAX, a folder renamed while a file in it is open, control characters
-// in file names.
+// PATH_MAX, files deleted and folders renamed while a file in them is open,
+// control characters in file names.
 #include <gtest/gtest.h>
 #include <limits.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdint>
 #include <cstdio>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -27,6 +27,7 @@ using tovtest::TempTree;
 
 namespace platform = tovimpl::platform;
 
+constexpr std::uint32_t kFileNotFound = 2;
 constexpr std::uint32_t kPathNotFound = 3;
 constexpr std::uint32_t kFilenameExcedRange = 206;
 
@@ -144,6 +145,49 @@ TEST_F(DamagedListStays, WhenTheSetAsideNameIsTooLong) {
   tovtest::MakeFolder(folder);
   const FolderRegistrar::ListReport report = RegisterOverDamagedList(folder);
   EXPECT_EQ(report.saveSystemError, kFilenameExcedRange);
+}
+
+// --- save temporary files deleted while they are written ------------------------------------
+
+// Deletes every save temporary file in gSaveFolder on each write, as another
+// process's first use would (an open file can be deleted here), remembering
+// the names it deleted.
+std::string gSaveFolder;
+std::set<std::string> gDeleted;
+std::uint32_t DeleteSaveTemporariesEveryTime(platform::FileHandle, std::uint32_t) {
+  for (const auto& name : tovtest::ListFolder(gSaveFolder)) {
+    if (name.size() > 4 && name.substr(name.size() - 4) == ".tmp") {
+      if (std::remove((gSaveFolder + "/" + name).c_str()) == 0) gDeleted.insert(name);
+    }
+  }
+  return 0;
+}
+
+TEST_F(RegistrarLeftovers, SaveWhoseTemporaryFileVanishesEveryTimeGivesUpAfterThreeTries) {
+  Host(cache.Native());
+  const std::string listPath = cache.NativeOf("MasterFolderList.xml");
+  UTF16String first, second, third;
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\First"_u16, UTF16String(), first), 0u);
+  const std::string before = tovtest::ReadFile(listPath);
+  gSaveFolder = cache.Native();
+  gDeleted.clear();
+  platform::SetWriteFaultForTesting(DeleteSaveTemporariesEveryTime);
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Second"_u16, UTF16String(), second), 0u);
+  platform::SetWriteFaultForTesting(nullptr);
+  EXPECT_EQ(gDeleted.size(), 3u);  // three temporary files, one per try
+  const FolderRegistrar::ListReport report = FolderRegistrar::GetListReport();
+  EXPECT_EQ(report.saveStatus, TOV::kErrRegistryNotFound);
+  EXPECT_EQ(report.saveSystemError, kFileNotFound);
+  EXPECT_FALSE(report.saveError.empty());
+  EXPECT_EQ(tovtest::ReadFile(listPath), before);
+  // The assignment stands and is saved with the next registration.
+  UTF16String found;
+  ASSERT_EQ(FolderRegistrar::FindFolder(u"C:\\Second"_u16, UTF16String(), found), 0u);
+  EXPECT_EQ(found, second);
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Third"_u16, UTF16String(), third), 0u);
+  PropList list;
+  basalt::proplist::utils::LoadPropList(tovtest::Lib(listPath), list, 0);
+  EXPECT_EQ(list.Keys(), (std::vector<UTF8String>{"C:\\First", "C:\\Second", "C:\\Third"}));
 }
 
 // --- the cache folder moved away while the list is written ----------------------------------
