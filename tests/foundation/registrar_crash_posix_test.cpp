@@ -19,6 +19,7 @@
 #include "basalt/proplist.h"
 #include "foundation/registrar_internal.h"
 #include "foundation_support.h"
+#include "registrar_support.h"
 #include "tovfoundation/foundation.h"
 
 namespace {
@@ -59,15 +60,8 @@ TEST(ChildProcess, RegistrarRegistersUnderFileSizeLimit) {
   ::_exit(0);  // no save at exit: the parent looks at the list as the failed save left it
 }
 
-class RegistrarCrash : public ::testing::Test {
+class RegistrarCrash : public tovtest::RegistrarFixture {
  protected:
-  void SetUp() override { tovimpl::foundation::ResetRegistryForTesting(); }
-  void TearDown() override {
-    tovimpl::foundation::ResetRegistryForTesting();
-    TOVFoundation::Terminate(&host);
-  }
-  FakeHost host;
-  TempTree cache;
   TempTree work;
 };
 

@@ -16,14 +16,13 @@
 #include "foundation/registrar_internal.h"
 #include "foundation_support.h"
 #include "platform/file.h"
+#include "registrar_support.h"
 #include "tovfoundation/foundation.h"
 
 namespace {
 
 using namespace basalt::literals;
 using basalt::proplist::PropList;
-using tovtest::FakeHost;
-using tovtest::TempTree;
 
 namespace platform = tovimpl::platform;
 
@@ -31,26 +30,8 @@ constexpr std::uint32_t kFileNotFound = 2;
 constexpr std::uint32_t kPathNotFound = 3;
 constexpr std::uint32_t kFilenameExcedRange = 206;
 
-class RegistrarLeftovers : public ::testing::Test {
+class RegistrarLeftovers : public tovtest::RegistrarFixture {
  protected:
-  void SetUp() override { tovimpl::foundation::ResetRegistryForTesting(); }
-  void TearDown() override {
-    platform::SetWriteFaultForTesting(nullptr);
-    tovimpl::foundation::ResetRegistryForTesting();
-    TOVFoundation::Terminate(&host);
-  }
-  void Host(const std::string& cacheFolder) {
-    host.SetFolder(TOV::Paths::kCacheFolderEntry, tovtest::Lib(cacheFolder));
-    ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
-  }
-  static void FirstUse() {
-    UTF16String found;
-    EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), found),
-              TOV::kErrRegistryNotFound);
-  }
-
-  FakeHost host;
-  TempTree cache;
 };
 
 // A process number no process has now: a child that has ended.
@@ -98,7 +79,7 @@ TEST_F(RegistrarLeftovers, SavesOfEndedProcessesAreRemovedAndEveryOtherNameIsKep
   tovtest::MakeFolder(cache.NativeOf(folder));
 
   Host(cache.Native());
-  FirstUse();
+  LookUpNothing();
   for (const auto& name : removed) EXPECT_FALSE(tovtest::Exists(cache.NativeOf(name))) << name;
   for (const auto& name : kept) EXPECT_TRUE(tovtest::Exists(cache.NativeOf(name))) << name;
   EXPECT_TRUE(tovtest::Exists(cache.NativeOf(folder)));
@@ -205,7 +186,7 @@ TEST_F(RegistrarLeftovers, SaveIntoACacheFolderMovedAwayIsNotTriedAgain) {
   const std::string folder = cache.NativeOf("cache");
   tovtest::MakeFolder(folder);
   Host(folder);
-  FirstUse();
+  LookUpNothing();
   gMoveFrom = folder;
   gMoveTo = cache.NativeOf("moved");
   gMoves = 0;

@@ -15,6 +15,7 @@
 #include "foundation_support.h"
 #include "platform/file.h"
 #include "platform/interprocess.h"
+#include "registrar_support.h"
 #include "tovfoundation/files.h"
 #include "tovfoundation/foundation.h"
 
@@ -22,8 +23,6 @@ namespace {
 
 using namespace basalt::literals;
 using basalt::proplist::PropList;
-using tovtest::FakeHost;
-using tovtest::TempTree;
 
 namespace platform = tovimpl::platform;
 
@@ -31,29 +30,8 @@ constexpr std::uint32_t kDiskFull = 112;
 
 std::uint32_t FailEveryWrite(platform::FileHandle, std::uint32_t) { return kDiskFull; }
 
-class RegistrarRecovery : public ::testing::Test {
+class RegistrarRecovery : public tovtest::RegistrarFixture {
  protected:
-  void SetUp() override { tovimpl::foundation::ResetRegistryForTesting(); }
-  void TearDown() override {
-    platform::SetWriteFaultForTesting(nullptr);
-    tovimpl::foundation::ResetRegistryForTesting();
-    TOVFoundation::Terminate(&host);
-  }
-  void Host() {
-    host.SetFolder(TOV::Paths::kCacheFolderEntry, cache.Lib());
-    ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
-  }
-  static void Restart() { tovimpl::foundation::ResetRegistryForTesting(); }
-  std::string ListPath() const { return cache.NativeOf("MasterFolderList.xml"); }
-  PropList ListOnDisk() const {
-    PropList list;
-    basalt::proplist::utils::LoadPropList(tovtest::Lib(ListPath()), list, 0);
-    return list;
-  }
-  // Writes the list as another process would.
-  void WriteList(const PropList& list) const {
-    basalt::proplist::utils::SavePropList(tovtest::Lib(ListPath()), list);
-  }
   static UTF16String Register(const UTF16String& folder) {
     UTF16String file;
     EXPECT_EQ(FolderRegistrar::RegisterFolder(folder, UTF16String(), file), 0u);
@@ -65,9 +43,6 @@ class RegistrarRecovery : public ::testing::Test {
     if (child != nullptr) child->GetString("CacheFile", file);
     return file;
   }
-
-  FakeHost host;
-  TempTree cache;
 };
 
 // --- the list removed by another process ---------------------------------------------
@@ -108,12 +83,9 @@ TEST_F(RegistrarRecovery, ListRemovedWhileAnUnsavedPairIsHeldIsWrittenByTheNextS
 TEST_F(RegistrarRecovery, EmptyListRemovedAfterFirstUseIsWrittenAgainEmptyAtExit) {
   WriteList(PropList());
   Host();
-  UTF16String found;
-  EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), found),
-            TOV::kErrRegistryNotFound);
+  LookUpNothing();
   ASSERT_TRUE(std::remove(ListPath().c_str()) == 0);
-  EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), found),
-            TOV::kErrRegistryNotFound);
+  LookUpNothing();
   EXPECT_FALSE(tovtest::Exists(ListPath()));
   Restart();
   ASSERT_TRUE(tovtest::Exists(ListPath()));
@@ -313,9 +285,7 @@ TEST_F(RegistrarRecovery, LockFileThatCannotBeOpenedLeavesTheListWorkingUnlocked
   tovtest::WriteFile(cache.NativeOf("MasterFolderList.xml.1-1.tmp"), "<plist");
   tovtest::WriteFile(cache.NativeOf("other.tmp"), "x");
   Host();
-  UTF16String found;
-  EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), found),
-            TOV::kErrRegistryNotFound);
+  LookUpNothing();
   EXPECT_EQ(tovtest::ListFolder(cache.Native()),
             (std::vector<std::string>{"MasterFolderList.xml.lock"}));
   const UTF16String file = Register(u"C:\\Media"_u16);

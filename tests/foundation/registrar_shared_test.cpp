@@ -20,6 +20,7 @@
 #include "foundation_support.h"
 #include "platform/file.h"
 #include "platform/interprocess.h"
+#include "registrar_support.h"
 #include "tovfoundation/files.h"
 #include "tovfoundation/foundation.h"
 
@@ -100,35 +101,8 @@ TEST(ChildProcess, RegistrarLooksUpUntilStopped) {
 
 // --- the parent's side ------------------------------------------------------------
 
-class SharedRegistrar : public ::testing::Test {
+class SharedRegistrar : public tovtest::RegistrarFixture {
  protected:
-  void SetUp() override { tovimpl::foundation::ResetRegistryForTesting(); }
-  void TearDown() override {
-    platform::SetWriteFaultForTesting(nullptr);
-    tovimpl::foundation::ResetRegistryForTesting();
-    TOVFoundation::Terminate(&host);
-  }
-  void Host() {
-    host.SetFolder(TOV::Paths::kCacheFolderEntry, cache.Lib());
-    ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
-  }
-  static void Restart() { tovimpl::foundation::ResetRegistryForTesting(); }
-  std::string ListPath() const { return cache.NativeOf("MasterFolderList.xml"); }
-  PropList ListOnDisk() const {
-    PropList list;
-    basalt::proplist::utils::LoadPropList(tovtest::Lib(ListPath()), list, 0);
-    return list;
-  }
-  std::vector<std::string> Named(const std::string& ending) const {
-    std::vector<std::string> names;
-    for (const auto& name : tovtest::ListFolder(cache.Native())) {
-      if (name.size() >= ending.size() &&
-          name.compare(name.size() - ending.size(), ending.size(), ending) == 0) {
-        names.push_back(name);
-      }
-    }
-    return names;
-  }
   std::map<std::string, std::string> ChildEnv(const std::string& pairs,
                                               const std::string& out) const {
     return {{"TOV_TEST_CACHE", cache.Native()},
@@ -152,8 +126,6 @@ class SharedRegistrar : public ::testing::Test {
     return lines;
   }
 
-  FakeHost host;
-  TempTree cache;
   TempTree work;
 };
 

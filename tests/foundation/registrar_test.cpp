@@ -15,6 +15,7 @@
 #include "basalt/utf.h"
 #include "foundation/registrar_internal.h"
 #include "foundation_support.h"
+#include "registrar_support.h"
 #include "tovfoundation/files.h"
 #include "tovfoundation/foundation.h"
 
@@ -22,42 +23,14 @@ namespace {
 
 using namespace basalt::literals;
 using basalt::proplist::PropList;
-using tovtest::FakeHost;
-using tovtest::TempTree;
 using tovtest::U16;
 using tovtest::U8;
 
 // Hosts the registrar on a cache folder: the fake host answers `cacheFolder`
 // (native spelling) for entry 14, and the registry is rebuilt from scratch.
-class Registrar : public ::testing::Test {
+class Registrar : public tovtest::RegistrarFixture {
  protected:
-  void SetUp() override { tovimpl::foundation::ResetRegistryForTesting(); }
-  void TearDown() override {
-    tovimpl::foundation::ResetRegistryForTesting();
-    TOVFoundation::Terminate(&host);
-  }
-  void Host(const std::string& cacheFolder) {
-    host.SetFolder(TOV::Paths::kCacheFolderEntry, tovtest::Lib(cacheFolder));
-    ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
-  }
-  // As at a restart: the registry is saved, dropped and built again on next use.
-  static void Restart() { tovimpl::foundation::ResetRegistryForTesting(); }
-  std::string ListPath() const { return cache.NativeOf("MasterFolderList.xml"); }
-  PropList ListOnDisk() const {
-    PropList list;
-    basalt::proplist::utils::LoadPropList(tovtest::Lib(ListPath()), list, 0);
-    return list;
-  }
-  std::vector<std::string> CacheFiles() const {
-    std::vector<std::string> names;
-    for (const auto& name : tovtest::ListFolder(cache.Native())) {
-      if (name.size() > 4 && name.substr(name.size() - 4) == ".vpc") names.push_back(name);
-    }
-    return names;
-  }
-
-  FakeHost host;
-  TempTree cache;
+  std::vector<std::string> CacheFiles() const { return Named(".vpc"); }
 };
 
 TEST_F(Registrar, RegisterMakesEmptyCacheFileNamedAfterProcessThreadAndTicks) {
@@ -204,9 +177,7 @@ TEST_F(Registrar, InitializeBuildsNothing) {
 
 TEST_F(Registrar, MissingCacheFolderIsCreatedWithItsParents) {
   Host(cache.NativeOf("deep/er/cache"));
-  UTF16String found;
-  EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), found),
-            TOV::kErrRegistryNotFound);
+  LookUpNothing();
   EXPECT_TRUE(tovtest::Exists(cache.NativeOf("deep/er/cache")));
   UTF16String file;
   ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\x"_u16, UTF16String(), file), 0u);
@@ -403,7 +374,7 @@ void ChildWork(bool registering) {
   ASSERT_NE(cacheFolder, nullptr);
   ASSERT_NE(pairsFile, nullptr);
   ASSERT_NE(outFile, nullptr);
-  FakeHost host;
+  tovtest::FakeHost host;
   host.SetFolder(TOV::Paths::kCacheFolderEntry, tovtest::Lib(cacheFolder));
   ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
   std::istringstream pairs(tovtest::ReadFile(pairsFile));
@@ -441,9 +412,7 @@ TEST_F(Registrar, RegistryIsSavedOnceMoreWhenItEnds) {
   // Only looked up, never changed: the list did not exist, and the final
   // save (at process exit, here at the reset) writes it.
   Host(cache.Native());
-  UTF16String found;
-  EXPECT_EQ(FolderRegistrar::FindFolder(u"C:\\x"_u16, UTF16String(), found),
-            TOV::kErrRegistryNotFound);
+  LookUpNothing();
   EXPECT_FALSE(tovtest::Exists(ListPath()));
   Restart();
   ASSERT_TRUE(tovtest::Exists(ListPath()));
