@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <cwchar>
+#include <memory>
 #include <new>
 #include <optional>
 #include <utility>
@@ -247,10 +248,9 @@ std::uint32_t SetSize(FilePortFile* file, std::optional<std::uint64_t> target,
 template <class Port, class FilePortType, class PathChar>
 CVAutoPtr<Port> NewFilePort(const PathChar* path, AccessMode mode) {
   try {
-    auto* port = new FilePortType(mode, 0);
-    if (port->Open(path) == TOV::kSuccess) return CVAutoPtr<Port>(port, true);
-    delete port;
-    return CVAutoPtr<Port>();
+    std::unique_ptr<FilePortType> port(new FilePortType(mode, 0));
+    if (port->Open(path) != TOV::kSuccess) return CVAutoPtr<Port>();
+    return CVAutoPtr<Port>(port.release(), true);
   } catch (...) {
     return CVAutoPtr<Port>();
   }

@@ -144,6 +144,30 @@ std::uint32_t DeleteSaveTemporariesEveryTime(platform::FileHandle, std::uint32_t
   return 0;
 }
 
+// Deletes the save temporary files once, on the first write.
+std::uint32_t DeleteSaveTemporariesOnce(platform::FileHandle file, std::uint32_t size) {
+  platform::SetWriteFaultForTesting(nullptr);
+  return DeleteSaveTemporariesEveryTime(file, size);
+}
+
+// Another process's first use, finding no list, deletes every ".tmp" file in
+// the cache folder; here it strikes once while this process writes its list.
+TEST_F(RegistrarLeftovers, SaveWhoseTemporaryFileVanishedOnceIsMadeAgain) {
+  Host();
+  gSaveFolder = cache.Native();
+  gDeleted.clear();
+  platform::SetWriteFaultForTesting(DeleteSaveTemporariesOnce);
+  UTF16String file;
+  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"n"_u16, file), 0u);
+  EXPECT_EQ(gDeleted.size(), 1u);
+  EXPECT_EQ(FolderRegistrar::GetListReport().saveStatus, 0u);
+  UTF16String recorded;
+  ASSERT_NE(ListOnDisk().FindChild("C:\\Media#n"), nullptr);
+  ListOnDisk().FindChild("C:\\Media#n")->GetString("CacheFile", recorded);
+  EXPECT_EQ(recorded, file);
+  EXPECT_TRUE(Named(".tmp").empty());
+}
+
 TEST_F(RegistrarLeftovers, SaveWhoseTemporaryFileVanishesEveryTimeGivesUpAfterThreeTries) {
   Host(cache.Native());
   const std::string listPath = cache.NativeOf("MasterFolderList.xml");

@@ -336,32 +336,6 @@ TEST_F(SharedRegistrar, FullDiskLeavesPreviousListIntactAndIsReported) {
   EXPECT_EQ(ListOnDisk().Keys(), (std::vector<UTF8String>{"C:\\First", "C:\\Second", "C:\\Third"}));
 }
 
-// Another process's first use, finding no list, deletes every ".tmp" file in
-// the cache folder; here it strikes while this process writes its list.
-std::string gVanishFolder;
-std::uint32_t DeleteSaveTemporaries(platform::FileHandle, std::uint32_t) {
-  for (const auto& name : tovtest::ListFolder(gVanishFolder)) {
-    if (name.size() > 4 && name.substr(name.size() - 4) == ".tmp") {
-      std::remove((gVanishFolder + "/" + name).c_str());
-    }
-  }
-  platform::SetWriteFaultForTesting(nullptr);  // once
-  return 0;
-}
-
-TEST_F(SharedRegistrar, SaveWhoseTemporaryFileVanishedIsMadeAgain) {
-  Host();
-  gVanishFolder = cache.Native();
-  platform::SetWriteFaultForTesting(DeleteSaveTemporaries);
-  UTF16String file;
-  ASSERT_EQ(FolderRegistrar::RegisterFolder(u"C:\\Media"_u16, u"n"_u16, file), 0u);
-  EXPECT_EQ(FolderRegistrar::GetListReport().saveStatus, 0u);
-  UTF16String recorded;
-  ASSERT_NE(ListOnDisk().FindChild("C:\\Media#n"), nullptr);
-  ListOnDisk().FindChild("C:\\Media#n")->GetString("CacheFile", recorded);
-  EXPECT_EQ(recorded, file);
-}
-
 TEST_F(SharedRegistrar, FailedSaveIsRetriedAtExit) {
   Host();
   platform::SetWriteFaultForTesting(FailEveryWrite);
