@@ -133,9 +133,12 @@ class HostPort final : public Halyard::CPort {
 // --- host streams: the interfaces implemented by the host, forwarding to the
 // library's streams through the interface pointers ------------------------------
 
-class HostReadStream final : public Halyard::IVReadStream {
+// What both host streams share: a reference count of their own, and the
+// identity and position calls forwarded to the library's stream.
+template <class Interface>
+class HostStream : public Interface {
  public:
-  explicit HostReadStream(Halyard::IVReadStream& inner) : mInner(inner) {}
+  HostStream(Interface& inner, std::uint32_t references) : mInner(inner), mReferences(references) {}
   std::uint32_t QueryInterface(const Halyard::_VGUID& id, void** out) override {
     return mInner.QueryInterface(id, out);
   }
@@ -143,6 +146,17 @@ class HostReadStream final : public Halyard::IVReadStream {
   std::uint32_t Release() override { return --mReferences; }
   std::uint32_t GetPos(std::uint32_t* pos) const override { return mInner.GetPos(pos); }
   std::uint32_t SetPos(std::uint32_t pos) override { return mInner.SetPos(pos); }
+
+ protected:
+  Interface& mInner;
+
+ private:
+  std::uint32_t mReferences;
+};
+
+class HostReadStream final : public HostStream<Halyard::IVReadStream> {
+ public:
+  explicit HostReadStream(Halyard::IVReadStream& inner) : HostStream(inner, 1) {}
   std::uint32_t ReadBool(unsigned char* value) const override { return mInner.ReadBool(value); }
   std::uint32_t ReadByte(unsigned char* value) const override { return mInner.ReadByte(value); }
   std::uint32_t ReadShort(std::int16_t* value) const override { return mInner.ReadShort(value); }
@@ -156,22 +170,11 @@ class HostReadStream final : public Halyard::IVReadStream {
   std::uint32_t Skip(std::uint32_t count) override { return mInner.Skip(count); }
   std::uint32_t PutBackByte(unsigned char value) override { return mInner.PutBackByte(value); }
   std::uint32_t PeekByte(unsigned char* value) override { return mInner.PeekByte(value); }
-
- private:
-  Halyard::IVReadStream& mInner;
-  std::uint32_t mReferences = 1;
 };
 
-class HostWriteStream final : public Halyard::IVWriteStream {
+class HostWriteStream final : public HostStream<Halyard::IVWriteStream> {
  public:
-  explicit HostWriteStream(Halyard::IVWriteStream& inner) : mInner(inner) {}
-  std::uint32_t QueryInterface(const Halyard::_VGUID& id, void** out) override {
-    return mInner.QueryInterface(id, out);
-  }
-  std::uint32_t AddRef() override { return ++mReferences; }
-  std::uint32_t Release() override { return --mReferences; }
-  std::uint32_t GetPos(std::uint32_t* pos) const override { return mInner.GetPos(pos); }
-  std::uint32_t SetPos(std::uint32_t pos) override { return mInner.SetPos(pos); }
+  explicit HostWriteStream(Halyard::IVWriteStream& inner) : HostStream(inner, 0) {}
   std::uint32_t PutBool(unsigned char value) override { return mInner.PutBool(value); }
   std::uint32_t PutByte(unsigned char value) override { return mInner.PutByte(value); }
   std::uint32_t PutShort(std::int16_t value) override { return mInner.PutShort(value); }
@@ -185,10 +188,6 @@ class HostWriteStream final : public Halyard::IVWriteStream {
   std::uint32_t Flush(unsigned char flushPort) override { return mInner.Flush(flushPort); }
 
   virtual ~HostWriteStream() = default;
-
- private:
-  Halyard::IVWriteStream& mInner;
-  std::uint32_t mReferences = 0;
 };
 
 // --- the search callbacks ---------------------------------------------------------
