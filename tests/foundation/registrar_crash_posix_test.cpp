@@ -26,8 +26,6 @@ namespace {
 
 using namespace basalt::literals;
 using basalt::proplist::PropList;
-using tovtest::FakeHost;
-using tovtest::TempTree;
 using tovtest::U16;
 using tovtest::U8;
 
@@ -38,7 +36,7 @@ using tovtest::U8;
 // TOV_TEST_OUT.
 TEST(ChildProcess, RegistrarRegistersUnderFileSizeLimit) {
   if (!tovtest::IsChild()) GTEST_SKIP() << "runs only as a second process";
-  FakeHost host;
+  tovtest::FakeHost host;
   host.SetFolder(TOV::Paths::kCacheFolderEntry, tovtest::Lib(std::getenv("TOV_TEST_CACHE")));
   ASSERT_EQ(TOVFoundation::Initialize(&host), 0u);
   ::signal(SIGXFSZ, SIG_IGN);
@@ -62,7 +60,7 @@ TEST(ChildProcess, RegistrarRegistersUnderFileSizeLimit) {
 
 class RegistrarCrash : public tovtest::RegistrarFixture {
  protected:
-  TempTree work;
+  tovtest::TempTree work;
 };
 
 TEST_F(RegistrarCrash, KilledRegistrarsLoseNothingTheyReported) {
