@@ -14,7 +14,6 @@
 // CI (the environment variable CI set), where a missing reader is a failure:
 // `scripts/install-deps --test-tools` installs them all.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <algorithm>
 #include <bit>
@@ -34,6 +33,7 @@
 #include <sndfile.h>
 #endif
 
+#include "common/child_process.h"
 #include "common/temp_tree.h"
 #include "tovfoundation/streams.h"
 #include "tovfoundation/writers.h"
@@ -63,27 +63,15 @@ std::string Quote(const std::string& text) {
   return quoted + "'";
 }
 
-// Runs `command` through the shell; its standard output (and standard error,
-// when the command redirects it) lands in `output`.
-int RunShell(const std::string& command, std::string& output) {
-  output.clear();
-  std::FILE* pipe = ::popen(command.c_str(), "r");
-  if (pipe == nullptr) return -1;
-  char buffer[4096];
-  std::size_t got = 0;
-  while ((got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) output.append(buffer, got);
-  const int status = ::pclose(pipe);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
 bool HasProgram(const std::string& name) {
   std::string output;
-  return RunShell("command -v " + Quote(name) + " 2>/dev/null", output) == 0 && !output.empty();
+  return tovtest::RunCommand("command -v " + Quote(name) + " 2>/dev/null", output) == 0 &&
+         !output.empty();
 }
 
 bool HasPil() {
   std::string output;
-  return RunShell("/usr/bin/python3 -c 'import PIL' 2>/dev/null", output) == 0;
+  return tovtest::RunCommand("/usr/bin/python3 -c 'import PIL' 2>/dev/null", output) == 0;
 }
 
 Bytes ReadBytes(const std::string& path) {
@@ -294,7 +282,7 @@ TEST_F(WaveReaders, SoxInfoReportsChannelsRatePrecisionEncodingAndLength) {
   // One sox run prints a block per file, each opened by "Input File". Its
   // note on standard error that a float file's format chunk has no extension
   // part is a warning only: the chunk is 16 bytes on purpose.
-  ASSERT_EQ(RunShell("sox --i" + AllPaths() + " 2>/dev/null", output), 0) << output;
+  ASSERT_EQ(tovtest::RunCommand("sox --i" + AllPaths() + " 2>/dev/null", output), 0) << output;
   std::vector<std::vector<std::string>> blocks;
   for (const auto& line : Lines(output)) {
     if (line.rfind("Input File", 0) == 0) blocks.emplace_back();
@@ -324,7 +312,7 @@ TEST_F(WaveReaders, SoxStatMeasuresTheSamplesThatWereWritten) {
   for (const auto& c : sCases)
     script += "echo '@@'; sox " + Quote(c.path) + " -n stat 2>&1 || echo 'sox failed';";
   std::string output;
-  ASSERT_EQ(RunShell("{ " + script + " }", output), 0) << output;
+  ASSERT_EQ(tovtest::RunCommand("{ " + script + " }", output), 0) << output;
   std::vector<std::vector<std::string>> blocks;
   for (const auto& line : Lines(output)) {
     if (line == "@@")
@@ -374,7 +362,7 @@ TEST_F(WaveReaders, FfprobeReportsCodecSampleFormatRateChannelsAndLength) {
   }
   ASSERT_EQ(picked.size(), std::size(kFormats) * std::size(kMasks) + 2 * (std::size(kRates) - 1));
   std::string output;
-  ASSERT_EQ(RunShell("{ " + script + " }", output), 0) << output;
+  ASSERT_EQ(tovtest::RunCommand("{ " + script + " }", output), 0) << output;
   const auto lines = Lines(output);
   ASSERT_EQ(lines.size(), picked.size()) << output;
   for (std::size_t i = 0; i < picked.size(); ++i) {
@@ -445,7 +433,8 @@ TEST_F(WaveReaders, PythonWaveReadsIntegerFilesAndRefusesFloat) {
     paths += " " + Quote(c.path);
   }
   std::string output;
-  ASSERT_EQ(RunShell("/usr/bin/python3 -c " + Quote(script) + paths + " 2>&1", output), 0)
+  ASSERT_EQ(tovtest::RunCommand("/usr/bin/python3 -c " + Quote(script) + paths + " 2>&1", output),
+            0)
       << output;
   const auto lines = Lines(output);
   ASSERT_EQ(lines.size(), picked.size()) << output;
@@ -551,7 +540,7 @@ TEST_F(BmpReaders, FfprobeReportsCodecDimensionsAndPixelFormatAtEveryWidth) {
         "-of compact=p=0 " +
         Quote(c.path) + " 2>/dev/null || echo 'ffprobe failed';";
   std::string output;
-  ASSERT_EQ(RunShell("{ " + script + " }", output), 0) << output;
+  ASSERT_EQ(tovtest::RunCommand("{ " + script + " }", output), 0) << output;
   const auto lines = Lines(output);
   ASSERT_EQ(lines.size(), sCases.size()) << output;
   for (std::size_t i = 0; i < sCases.size(); ++i) {
@@ -572,9 +561,10 @@ TEST_F(BmpReaders, FfmpegDecodesEveryPixelOfUnpaddedRows) {
     const std::string raw = c.path + ".raw";
     std::string output;
     // The decoder notes rows without 4-byte alignment and reads them as they are.
-    ASSERT_EQ(RunShell("ffmpeg -nostdin -v error -i " + Quote(c.path) + " -f rawvideo -pix_fmt " +
-                           c.depth->ffPixelFormat + " -y " + Quote(raw) + " 2>&1",
-                       output),
+    ASSERT_EQ(tovtest::RunCommand("ffmpeg -nostdin -v error -i " + Quote(c.path) +
+                                      " -f rawvideo -pix_fmt " + c.depth->ffPixelFormat + " -y " +
+                                      Quote(raw) + " 2>&1",
+                                  output),
               0)
         << output;
     EXPECT_EQ(ReadBytes(raw), c.pixels);
@@ -604,7 +594,8 @@ TEST_F(BmpReaders, PilReadsAlignedRowsAndRefusesUnpaddedOrTablelessImages) {
   std::string paths;
   for (const auto& c : sCases) paths += " " + Quote(c.path);
   std::string output;
-  ASSERT_EQ(RunShell("/usr/bin/python3 -c " + Quote(script) + paths + " 2>&1", output), 0)
+  ASSERT_EQ(tovtest::RunCommand("/usr/bin/python3 -c " + Quote(script) + paths + " 2>&1", output),
+            0)
       << output;
   const auto lines = Lines(output);
   ASSERT_EQ(lines.size(), sCases.size()) << output;
